@@ -1,0 +1,90 @@
+#include "host/local/LocalHostServices.h"
+
+#include "host/GisDataService.h"
+#include "host/GisUtilityService.h"
+#include "host/GridSettingsService.h"
+#include "host/InventoryCatalogService.h"
+#include "host/ProgressDialog.h"
+#include "host/RegionSelectionStore.h"
+#include "host/ScenarioService.h"
+#include "host/SymbolCatalog.h"
+#include "host/ThematicClassSettings.h"
+#include "host/UserMapRegistry.h"
+#include "host/local/HostRoot.h"
+#include "host/local/LocalRegionContextService.h"
+#include "host/local/LocalRegionHazardService.h"
+#include "host/local/LocalRegionSettingsStore.h"
+
+namespace brevant::host::local {
+
+LocalHostServices::LocalHostServices(std::filesystem::path root) : m_root(std::move(root))
+{
+    HostRoot::load(m_root);
+}
+
+std::shared_ptr<RegionContextService> LocalHostServices::createRegionContextService()
+{
+    return std::make_shared<LocalRegionContextService>(m_root);
+}
+
+std::shared_ptr<RegionSettingsStore> LocalHostServices::createRegionSettingsStore()
+{
+    return std::make_shared<LocalRegionSettingsStore>(m_root);
+}
+
+std::shared_ptr<RegionHazardService> LocalHostServices::createRegionHazardService()
+{
+    return std::make_shared<LocalRegionHazardService>(m_root);
+}
+
+std::shared_ptr<GisDataService> LocalHostServices::createGisDataService()
+{
+    return std::make_shared<GisDataService>();
+}
+
+std::shared_ptr<RegionSelectionStore> LocalHostServices::createRegionSelectionStore()
+{
+    return std::make_shared<RegionSelectionStore>();
+}
+
+std::shared_ptr<InventoryCatalogService> LocalHostServices::createInventoryCatalogService()
+{
+    return std::make_shared<InventoryCatalogService>();
+}
+
+std::shared_ptr<GisUtilityService> LocalHostServices::createGisUtilityService()
+{
+    return std::make_shared<GisUtilityService>();
+}
+
+std::shared_ptr<UserMapRegistry> LocalHostServices::createUserMapRegistry()
+{
+    return std::make_shared<UserMapRegistry>();
+}
+
+std::shared_ptr<ScenarioService> LocalHostServices::createScenarioService()
+{
+    return std::make_shared<ScenarioService>();
+}
+
+std::shared_ptr<ProgressDialog> LocalHostServices::createProgressDialog()
+{
+    return std::make_shared<ProgressDialog>();
+}
+
+std::shared_ptr<GridSettingsService> LocalHostServices::createGridSettingsService()
+{
+    return std::make_shared<GridSettingsService>();
+}
+
+std::shared_ptr<SymbolCatalog> LocalHostServices::createSymbolCatalog()
+{
+    return std::make_shared<SymbolCatalog>();
+}
+
+std::shared_ptr<ThematicClassSettings> LocalHostServices::createThematicClassSettings()
+{
+    return std::make_shared<ThematicClassSettings>();
+}
+
+} // namespace brevant::host::local

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "host/RegionContextService.h"
+
+#include <filesystem>
+
+namespace brevant::host::local {
+
+/// The study-region object of the reference host. Every call re-reads host.json, so a switch
+/// of the current region is seen at once.
+class LocalRegionContextService : public RegionContextService {
+public:
+    explicit LocalRegionContextService(std::filesystem::path root) : m_root(std::move(root)) {}
+
+    std::string GetStateDataFolder() override;
+    std::string GetRegionFolder() override;
+    std::string GetSystemDataFolder() override;
+    std::string GetScenarioFolder() override;
+    std::string GetRegionsFolder() override;
+    /// The text in the system data folder's messages.json.
+    std::string GetMessageText(int32_t code) override;
+    /// "sqlite:" followed by the current region's region.sqlite.
+    std::string GetRegionDatabaseName() override;
+
+private:
+    std::filesystem::path m_root;
+};
+
+} // namespace brevant::host::local
