@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/automation/AutomationError.h"
+
+#include <cstdint>
+#include <exception>
+#include <string>
+#include <string_view>
+
+namespace brevant::context {
+
+/// Records what was thrown under a procedure's tag and library code (see WriteErrorRecord) and
+/// returns the error to raise: the recorded library code with the host text and tag as its
+/// description, or the caught error unchanged when an inner trap already recorded it.
+platform::automation::AutomationError recordError(std::string_view tag, int32_t code,
+                                                  std::exception_ptr error);
+
+/// Runs a procedure body under its error trap: any error is recorded once and raised again as
+/// an AutomationError, so nested procedures give one record with the innermost code.
+template <class Body> decltype(auto) runTrapped(std::string_view tag, int32_t code, Body&& body)
+{
+    try {
+        return body();
+    } catch (...) {
+        throw recordError(tag, code, std::current_exception());
+    }
+}
+
+/// Runs an event handler's body under its trap: the error is recorded and the handler carries
+/// on. Returns false when the body failed.
+template <class Body> bool runLogged(std::string_view tag, int32_t code, Body&& body)
+{
+    try {
+        body();
+        return true;
+    } catch (...) {
+        recordError(tag, code, std::current_exception());
+        return false;
+    }
+}
+
+} // namespace brevant::context

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/automation/AutomationObject.h"
+#include "platform/automation/MemberTable.h"
+
+#include <memory>
+
+namespace brevant::platform::carto {
+class Map;
+}
+
+namespace brevant::selection {
+
+/// Asks the user to choose region units, epicentres, faults or a flood study case on a map.
+class EQMapSelDlg : public platform::automation::AutomationObject {
+public:
+    /// Opens the study-region context (see context::Init); throws when it fails, so a failing
+    /// initialiser fails the creation of the object.
+    EQMapSelDlg();
+
+    std::string_view className() const override { return "EQMapSelDlg"; }
+    const platform::automation::MemberTable* members() const override;
+};
+
+} // namespace brevant::selection
