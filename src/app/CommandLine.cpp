@@ -1,0 +1,224 @@
+#include "app/CommandLine.h"
+
+#include "BrevantClasses.h"
+#include "app/ScriptRunner.h"
+#include "host/HostServices.h"
+#include "host/local/LocalHostServices.h"
+#include "platform/automation/AutomationError.h"
+
+#include <fstream>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+namespace brevant::app {
+
+namespace {
+using json = nlohmann::ordered_json;
+
+constexpr const char* kUsage = R"(Usage: brevant COMMAND [OPTIONS]
+
+The map engine of a multi-hazard loss-estimation system, driven from the command line.
+
+Commands:
+  call     Create an object and call one member, print the result as JSON
+  script   Run a script of JSON statements, one per line
+  help     Show help for a command
+
+Run 'brevant COMMAND --help' for the options of a command.
+)";
+
+constexpr const char* kCallUsage = R"(Usage: brevant call --host DIR PROGID MEMBER [ARG ...]
+
+Creates an object of the class PROGID (for example Brevant.EqPolyGon) on the reference host
+rooted at DIR, calls MEMBER (a method, or a property to read) and prints one JSON line:
+  {"ok": true, "result": ..., "byref": [...], "messages": [...]}
+  {"ok": false, "error": {"number", "hex", "source", "description"}, "messages": [...]}
+
+Each ARG is read as JSON when it parses ({"i2": 5}, true, 1.5, {"collection": ["SOIL"]}),
+otherwise taken as a string. Exit status: 0 when the call succeeded, 1 when it failed.
+)";
+
+constexpr const char* kScriptUsage = R"(Usage: brevant script --host DIR [FILE|-]
+
+Runs JSON Lines statements from FILE (or standard input) against the reference host rooted at
+DIR, printing one JSON line per statement. Statements:
+  {"new": "Brevant.EqDataMaps", "as": "dm"}           create an object, name it
+  {"call": "dm.Member", "args": [...], "as": "x"}     call a method (name an object result)
+  {"get": "pt.m_pMap"}                                read a property
+  {"set": "pt.m_pMap", "value": {"ref": "map"}}       assign a property
+  {"answers": ["80", "Cancel"]}                       queue answers for input and message boxes
+The name "map" is the host document's map. Blank lines and lines starting with # are skipped.
+
+Arguments: strings, booleans and null as they are; numbers are doubles unless typed
+({"i2": 5}, {"i4": 5}, {"r8": 1}); {"date": "2026-01-31"}; {"empty": true};
+{"collection": [...]}; arrays are one-dimensional arrays, {"array2": [[...], ...]}
+two-dimensional; {"ref": "name"} an object made earlier. By-reference arguments come back in
+"byref", in argument order. Message boxes never block: they are printed to standard error
+and reported in "messages".
+
+Exit status: 0 when every statement succeeded, 1 when any failed, 2 for a usage error.
+)";
+
+bool wantsHelp(const std::vector<std::string>& args)
+{
+    for (const auto& arg : args) {
+        if (arg == "--help" || arg == "-h") {
+            return true;
+        }
+    }
+    return false;
+}
+
+struct Options {
+    std::optional<std::string> host;
+    std::vector<std::string> positional;
+};
+
+std::optional<Options> parseOptions(const std::vector<std::string>& args, std::ostream& err)
+{
+    Options options;
+    for (std::size_t i = 1; i < args.size(); ++i) {
+        if (args[i] == "--host") {
+            if (i + 1 == args.size()) {
+                err << "brevant: --host needs a folder\n";
+                return std::nullopt;
+            }
+            options.host = args[++i];
+        } else if (args[i].rfind("--host=", 0) == 0) {
+            options.host = args[i].substr(7);
+        } else if (args[i].size() > 1 && args[i][0] == '-' && args[i] != "-") {
+            err << "brevant: unknown option " << args[i] << '\n';
+            return std::nullopt;
+        } else {
+            options.positional.push_back(args[i]);
+        }
+    }
+    if (!options.host) {
+        err << "brevant: " << args[0] << " needs --host DIR\n";
+        return std::nullopt;
+    }
+    return options;
+}
+
+/// Installs the reference host; on failure prints the error as a JSON line.
+bool installHost(const std::string& root, std::ostream& out)
+{
+    try {
+        host::installHostServices(std::make_shared<host::local::LocalHostServices>(root));
+        return true;
+    } catch (...) {
+        const auto error = platform::automation::toAutomationError(std::current_exception());
+        out << json{{"ok", false},
+                    {"error",
+                     {{"number", error.number()},
+                      {"hex", error.hex()},
+                      {"source", error.source()},
+                      {"description", error.description()}}},
+                    {"messages", json::array()}}
+                   .dump()
+            << '\n';
+        return false;
+    }
+}
+
+std::shared_ptr<platform::ui::ScriptedPrompts> consolePrompts()
+{
+    auto prompts = std::make_shared<platform::ui::ScriptedPrompts>();
+    prompts->setEcho(true);
+    return prompts;
+}
+
+int runCall(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
+{
+    const auto options = parseOptions(args, err);
+    if (!options || options->positional.size() < 2) {
+        if (options) {
+            err << "brevant: call needs PROGID and MEMBER\n";
+        }
+        err << kCallUsage;
+        return 2;
+    }
+    if (!installHost(*options->host, out)) {
+        return 1;
+    }
+    ScriptRunner runner(classes(), consolePrompts());
+    const auto& progId = options->positional[0];
+    json created = runner.execute(json{{"new", progId}, {"as", "object"}});
+    if (!created.at("ok").get<bool>()) {
+        out << created.dump() << '\n';
+        return 1;
+    }
+    json callArgs = json::array();
+    for (std::size_t i = 2; i < options->positional.size(); ++i) {
+        const auto& text = options->positional[i];
+        json parsed = json::parse(text, nullptr, false);
+        callArgs.push_back(parsed.is_discarded() ? json(text) : parsed);
+    }
+    const json result =
+        runner.execute(json{{"call", "object." + options->positional[1]}, {"args", callArgs}});
+    out << result.dump() << '\n';
+    return result.at("ok").get<bool>() ? 0 : 1;
+}
+
+int runScript(const std::vector<std::string>& args, std::istream& in, std::ostream& out,
+              std::ostream& err)
+{
+    const auto options = parseOptions(args, err);
+    if (!options || options->positional.size() > 1) {
+        if (options) {
+            err << "brevant: script takes one FILE\n";
+        }
+        err << kScriptUsage;
+        return 2;
+    }
+    std::ifstream file;
+    std::istream* source = &in;
+    if (!options->positional.empty() && options->positional[0] != "-") {
+        file.open(options->positional[0]);
+        if (!file) {
+            err << "brevant: cannot read script " << options->positional[0] << '\n';
+            return 2;
+        }
+        source = &file;
+    }
+    if (!installHost(*options->host, out)) {
+        return 1;
+    }
+    ScriptRunner runner(classes(), consolePrompts());
+    return runner.run(*source, out) == 0 ? 0 : 1;
+}
+} // namespace
+
+int runCommandLine(const std::vector<std::string>& args, std::istream& in, std::ostream& out,
+                   std::ostream& err)
+{
+    if (args.empty() || args[0] == "--help" || args[0] == "-h") {
+        (args.empty() ? err : out) << kUsage;
+        return args.empty() ? 2 : 0;
+    }
+    const std::string& command = args[0];
+    if (command == "help") {
+        const std::string topic = args.size() > 1 ? args[1] : "";
+        out << (topic == "call" ? kCallUsage : topic == "script" ? kScriptUsage : kUsage);
+        return 0;
+    }
+    if (command == "call") {
+        if (wantsHelp(args)) {
+            out << kCallUsage;
+            return 0;
+        }
+        return runCall(args, out, err);
+    }
+    if (command == "script") {
+        if (wantsHelp(args)) {
+            out << kScriptUsage;
+            return 0;
+        }
+        return runScript(args, in, out, err);
+    }
+    err << "brevant: unknown command \"" << command << "\"\n" << kUsage;
+    return 2;
+}
+
+} // namespace brevant::app

@@ -1,0 +1,233 @@
+#include "app/ScriptRunner.h"
+
+#include "app/JsonVariant.h"
+#include "platform/automation/AutomationError.h"
+#include "platform/automation/ErrorNumbers.h"
+#include "platform/automation/MemberTable.h"
+#include "platform/carto/Map.h"
+
+#include <istream>
+#include <ostream>
+
+namespace brevant::app {
+
+using json = nlohmann::ordered_json;
+using platform::automation::ArgList;
+using platform::automation::AutomationError;
+using platform::automation::AutomationObject;
+using platform::automation::InvokeKind;
+using platform::automation::Variant;
+
+namespace {
+constexpr const char* kSource = "brevant script";
+
+[[noreturn]] void badStatement(const std::string& why)
+{
+    throw AutomationError(platform::automation::ErrorNumber::InvalidArgument, kSource, why);
+}
+
+struct Target {
+    std::string object;
+    std::string member;
+};
+
+Target splitTarget(const json& statement, const char* key)
+{
+    if (!statement.at(key).is_string()) {
+        badStatement(std::string("\"") + key + "\" needs \"object.Member\"");
+    }
+    const auto text = statement.at(key).get<std::string>();
+    const auto dot = text.find('.');
+    if (dot == std::string::npos || dot == 0 || dot + 1 == text.size()) {
+        badStatement(std::string("\"") + key + "\" needs \"object.Member\", not \"" + text + "\"");
+    }
+    return {text.substr(0, dot), text.substr(dot + 1)};
+}
+
+json errorJson(const AutomationError& error)
+{
+    return {{"number", error.number()},
+            {"hex", error.hex()},
+            {"source", error.source()},
+            {"description", error.description()}};
+}
+} // namespace
+
+ScriptRunner::ScriptRunner(const platform::automation::ClassRegistry& classes,
+                           std::shared_ptr<platform::ui::ScriptedPrompts> prompts)
+    : m_classes(classes), m_prompts(std::move(prompts))
+{
+    m_objects["map"] = std::make_shared<platform::carto::Map>();
+}
+
+json ScriptRunner::execute(const json& statement)
+{
+    json out;
+    try {
+        const json result = dispatch(statement);
+        out = json{{"ok", true}};
+        out.update(result);
+    } catch (...) {
+        out = json{{"ok", false},
+                   {"error",
+                    errorJson(platform::automation::toAutomationError(std::current_exception()))}};
+    }
+    json messages = json::array();
+    for (const auto& message : m_prompts->takeMessages()) {
+        messages.push_back({{"title", message.title}, {"text", message.text}});
+    }
+    out["messages"] = messages;
+    return out;
+}
+
+json ScriptRunner::executeLine(const std::string& line)
+{
+    json statement;
+    try {
+        statement = json::parse(line);
+    } catch (const json::exception& e) {
+        return execute(json{{"invalid", std::string("not a JSON statement: ") + e.what()}});
+    }
+    return execute(statement);
+}
+
+int ScriptRunner::run(std::istream& in, std::ostream& out)
+{
+    int failed = 0;
+    std::string line;
+    while (std::getline(in, line)) {
+        const auto first = line.find_first_not_of(" \t\r");
+        if (first == std::string::npos || line[first] == '#') {
+            continue;
+        }
+        const json result = executeLine(line);
+        if (!result.at("ok").get<bool>()) {
+            ++failed;
+        }
+        out << result.dump() << '\n' << std::flush;
+    }
+    return failed;
+}
+
+json ScriptRunner::dispatch(const json& statement)
+{
+    if (!statement.is_object()) {
+        badStatement("a statement is a JSON object, not " + statement.dump());
+    }
+    if (statement.contains("invalid")) {
+        badStatement(statement.at("invalid").get<std::string>());
+    }
+    try {
+        if (statement.contains("new")) {
+            auto object = m_classes.create(statement.at("new").get<std::string>());
+            keep(statement, object);
+            return json{{"result", toJson(object)}};
+        }
+        if (statement.contains("call")) {
+            return callStatement(statement);
+        }
+        if (statement.contains("get")) {
+            const auto target = splitTarget(statement, "get");
+            const Variant value =
+                platform::automation::getProperty(*objectNamed(target.object), target.member);
+            keep(statement, value);
+            return json{{"result", toJson(value)}};
+        }
+        if (statement.contains("set")) {
+            const auto target = splitTarget(statement, "set");
+            if (!statement.contains("value")) {
+                badStatement("\"set\" needs a \"value\"");
+            }
+            const Variant value = variantFromJson(
+                statement.at("value"), [this](const std::string& n) { return objectNamed(n); });
+            platform::automation::setProperty(*objectNamed(target.object), target.member, value);
+            return json{{"result", nullptr}};
+        }
+        if (statement.contains("answers")) {
+            if (!statement.at("answers").is_array()) {
+                badStatement("\"answers\" needs an array of texts");
+            }
+            for (const auto& answer : statement.at("answers")) {
+                m_prompts->queueAnswer(answer.is_string() ? answer.get<std::string>()
+                                                          : answer.dump());
+            }
+            return json{{"result", nullptr}};
+        }
+    } catch (const json::exception& e) {
+        badStatement("cannot read statement " + statement.dump() + ": " + e.what());
+    }
+    const std::string kind = statement.empty() ? std::string("{}") : statement.begin().key();
+    badStatement("unknown statement \"" + kind +
+                 "\"; brevant scripts know new, call, get, set and answers");
+}
+
+json ScriptRunner::callStatement(const json& statement)
+{
+    const auto target = splitTarget(statement, "call");
+    auto object = objectNamed(target.object);
+    ArgList args;
+    if (statement.contains("args")) {
+        if (!statement.at("args").is_array()) {
+            badStatement("\"args\" needs an array");
+        }
+        for (const auto& arg : statement.at("args")) {
+            args.push_back(
+                variantFromJson(arg, [this](const std::string& n) { return objectNamed(n); }));
+        }
+    }
+    const Variant result =
+        platform::automation::invoke(*object, target.member, InvokeKind::Method, args);
+    keep(statement, result);
+
+    json byref = json::array();
+    if (const auto* table = object->members()) {
+        if (const auto* member = table->find(target.member)) {
+            for (std::size_t i = 0; i < member->byRef.size() && i < args.size(); ++i) {
+                if (member->byRef[i]) {
+                    byref.push_back(toJson(args[i]));
+                }
+            }
+        }
+    }
+    return json{{"result", toJson(result)}, {"byref", byref}};
+}
+
+std::shared_ptr<AutomationObject> ScriptRunner::objectNamed(const std::string& name) const
+{
+    const auto found = m_objects.find(name);
+    if (found == m_objects.end()) {
+        throw AutomationError(platform::automation::ErrorNumber::ObjectRequired, kSource,
+                              "Object required: no object is named \"" + name + "\"");
+    }
+    return found->second;
+}
+
+std::string ScriptRunner::nameOf(const AutomationObject& object) const
+{
+    for (const auto& [name, held] : m_objects) {
+        if (held.get() == &object) {
+            return name;
+        }
+    }
+    return {};
+}
+
+json ScriptRunner::toJson(const Variant& value) const
+{
+    return variantToJson(value, [this](const AutomationObject& o) { return nameOf(o); });
+}
+
+void ScriptRunner::keep(const json& statement, const Variant& value)
+{
+    if (!statement.contains("as")) {
+        return;
+    }
+    const auto name = statement.at("as").get<std::string>();
+    auto object = value.isObject() ? value.object() : nullptr;
+    if (!object) {
+        badStatement("\"as\" names objects only, and the result is " + value.typeName());
+    }
+    m_objects[name] = std::move(object);
+}
+
+} // namespace brevant::app

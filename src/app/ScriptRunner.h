@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/automation/AutomationObject.h"
+#include "platform/automation/ClassRegistry.h"
+#include "platform/automation/Variant.h"
+#include "platform/ui/ScriptedPrompts.h"
+
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace brevant::app {
+
+/// Runs script statements against the library, one JSON object per statement:
+///
+///     {"new": "Brevant.EqDataMaps", "as": "dm"}
+///     {"call": "dm.ClipHazardDataMaps", "args": [...], "as": "result"}
+///     {"get": "pt.m_pMap"}   {"set": "pt.m_pMap", "value": {"ref": "map"}}
+///     {"answers": ["80"]}
+///
+/// and answers each with one JSON object: {"ok": true, "result": ..., "byref": [...],
+/// "messages": [...]} or {"ok": false, "error": {"number", "hex", "source", "description"},
+/// "messages": [...]}. The name "map" is the host document's map from the start.
+class ScriptRunner {
+public:
+    ScriptRunner(const platform::automation::ClassRegistry& classes,
+                 std::shared_ptr<platform::ui::ScriptedPrompts> prompts);
+
+    /// Runs one statement; never throws.
+    nlohmann::ordered_json execute(const nlohmann::ordered_json& statement);
+    /// Parses and runs one line; never throws.
+    nlohmann::ordered_json executeLine(const std::string& line);
+    /// Runs every non-blank line that does not start with '#', writing one JSON line each;
+    /// returns the number of statements that failed.
+    int run(std::istream& in, std::ostream& out);
+
+private:
+    nlohmann::ordered_json dispatch(const nlohmann::ordered_json& statement);
+    nlohmann::ordered_json callStatement(const nlohmann::ordered_json& statement);
+    std::shared_ptr<platform::automation::AutomationObject>
+    objectNamed(const std::string& name) const;
+    std::string nameOf(const platform::automation::AutomationObject& object) const;
+    nlohmann::ordered_json toJson(const platform::automation::Variant& value) const;
+    void keep(const nlohmann::ordered_json& statement, const platform::automation::Variant& value);
+
+    const platform::automation::ClassRegistry& m_classes;
+    std::shared_ptr<platform::ui::ScriptedPrompts> m_prompts;
+    std::map<std::string, std::shared_ptr<platform::automation::AutomationObject>> m_objects;
+};
+
+} // namespace brevant::app
