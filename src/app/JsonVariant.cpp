@@ -26,7 +26,9 @@ Variant typedValue(const json& value, const ObjectLookup& lookup)
     if (value.size() != 1) {
         badArgument("a typed argument has exactly one key: " + value.dump());
     }
-    const auto& [kind, inner] = *value.items().begin();
+    const auto entry = value.begin();
+    const std::string kind = entry.key();
+    const json& inner = entry.value();
     if (kind == "i2") {
         return Variant(inner.get<double>()).toInt16();
     }
