@@ -143,4 +143,57 @@ std::string SqliteDatabase::Statement::text(int column) const
     return value ? std::string(reinterpret_cast<const char*>(value)) : std::string();
 }
 
+SqliteDatabase::Statement::Storage SqliteDatabase::Statement::storage(int column) const
+{
+    switch (sqlite3_column_type(m_statement.get(), column)) {
+    case SQLITE_INTEGER:
+        return Storage::Integer;
+    case SQLITE_FLOAT:
+        return Storage::Real;
+    case SQLITE_TEXT:
+        return Storage::Text;
+    case SQLITE_BLOB:
+        return Storage::Blob;
+    default:
+        return Storage::Null;
+    }
+}
+
+namespace {
+std::string orEmpty(const char* text)
+{
+    return text ? std::string(text) : std::string();
+}
+} // namespace
+
+std::string SqliteDatabase::Statement::columnName(int column) const
+{
+    return orEmpty(sqlite3_column_name(m_statement.get(), column));
+}
+
+std::string SqliteDatabase::Statement::declaredType(int column) const
+{
+    return orEmpty(sqlite3_column_decltype(m_statement.get(), column));
+}
+
+std::string SqliteDatabase::Statement::sourceTable(int column) const
+{
+    return orEmpty(sqlite3_column_table_name(m_statement.get(), column));
+}
+
+std::string SqliteDatabase::Statement::sourceColumn(int column) const
+{
+    return orEmpty(sqlite3_column_origin_name(m_statement.get(), column));
+}
+
+int64_t SqliteDatabase::totalChanges() const
+{
+    return sqlite3_total_changes64(m_db.get());
+}
+
+int64_t SqliteDatabase::lastInsertRowid() const
+{
+    return sqlite3_last_insert_rowid(m_db.get());
+}
+
 } // namespace brevant::platform::tabular

@@ -40,6 +40,17 @@ public:
         double real(int column) const;
         std::string text(int column) const;
 
+        /// Storage class of a column's value in the current row.
+        enum class Storage { Integer, Real, Text, Blob, Null };
+        Storage storage(int column) const;
+        /// Name of a result column (its alias when the statement gives one).
+        std::string columnName(int column) const;
+        /// Declared type of the table column a result column reads; empty for expressions.
+        std::string declaredType(int column) const;
+        /// Table and column a result column reads; empty for expressions.
+        std::string sourceTable(int column) const;
+        std::string sourceColumn(int column) const;
+
     private:
         struct Finalizer {
             void operator()(sqlite3_stmt* statement) const;
@@ -51,6 +62,10 @@ public:
     /// Runs one or more statements that return no rows.
     void execute(std::string_view sql);
     const std::string& path() const { return m_path; }
+    /// Rows changed since the database was opened, including changes made by triggers.
+    int64_t totalChanges() const;
+    /// Row identifier of the last row inserted through this connection.
+    int64_t lastInsertRowid() const;
 
 private:
     friend class Statement;
