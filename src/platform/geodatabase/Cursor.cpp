@@ -1,0 +1,380 @@
+#include "platform/geodatabase/Cursor.h"
+
+#include "platform/automation/ErrorNumbers.h"
+#include "platform/automation/PlatformError.h"
+#include "platform/geodatabase/CursorState.h"
+#include "platform/geodatabase/Table.h"
+
+#include <sqlite3.h>
+
+namespace brevant::platform::geodatabase {
+
+using automation::PlatformError;
+
+namespace {
+[[noreturn]] void fail(int code, const std::string& message)
+{
+    throw PlatformError(automation::ErrorNumber::GdalBase + code, "GDAL", message);
+}
+
+WhereClause checkedClause(const WorkspaceData& workspace, const TableData& table,
+                          const std::string& text)
+{
+    WhereClause clause = WhereClause::parse(text);
+    for (const auto& name : clause.fieldNames()) {
+        if (table.fields->findField(name) < 0) {
+            fail(CPLE_IllegalArg, "where clause \"" + text + "\" names field " + name +
+                                      ", which " + workspace.describe(table.name) +
+                                      " does not have");
+        }
+    }
+    return clause;
+}
+
+WhereClause::FieldResolver resolverOf(const TableData& table)
+{
+    return [&table](std::string_view name) -> std::optional<std::string> {
+        const int index = table.fields->findField(name);
+        if (index < 0) {
+            return std::nullopt;
+        }
+        return table.fields->field(index).name;
+    };
+}
+} // namespace
+
+Row readRow(const TableData& table, const OGRFeature& feature,
+            const std::vector<int>* resultIndex)
+{
+    Row row(table.fields, feature.GetFID());
+    const Fields& fields = *table.fields;
+    for (int i = 0; i < fields.count(); ++i) {
+        const int source = resultIndex ? (*resultIndex)[static_cast<std::size_t>(i)]
+                                       : table.ogrIndex[static_cast<std::size_t>(i)];
+        if (source >= 0) {
+            const FieldType type = fields.field(i).type;
+            automation::Variant value = gdal::readValue(feature, source, type);
+            if (table.blankTextIsEmpty && type == FieldType::String && value.isNull()) {
+                value = automation::Variant(std::string());
+            }
+            row.load(i, std::move(value));
+        }
+    }
+    if (table.hasShape) {
+        row.loadShape(gdal::toGeometry(feature.GetGeometryRef()));
+    }
+    return row;
+}
+
+std::unique_ptr<CursorState> openCursor(const std::shared_ptr<WorkspaceData>& workspace,
+                                        const std::shared_ptr<TableData>& table,
+                                        const QueryFilter& filter, bool updatable)
+{
+    table->requireLayer(*workspace);
+    if (updatable && workspace->readOnly) {
+        fail(CPLE_NotSupported, "cannot update " + workspace->describe(table->name) +
+                                    ": the workspace is read-only");
+    }
+    auto state = std::make_unique<CursorState>();
+    state->workspace = workspace;
+    state->table = table;
+    state->updatable = updatable;
+    state->spatial = table->hasShape ? filter.intersects : geometry::Geometry();
+
+    const WhereClause clause = checkedClause(*workspace, *table, filter.whereClause);
+    std::string sql = "SELECT * FROM " + gdal::sqlName(table->name);
+    const bool native = workspace->kind == Workspace::Kind::GeoPackage ||
+                        workspace->kind == Workspace::Kind::SQLite;
+    if (!clause.isEmpty()) {
+        if (native) {
+            sql += " WHERE " + clause.toSqlite(resolverOf(*table));
+        } else if (clause.needsEvaluation() || table->blankTextIsEmpty) {
+            // OGR SQL would see blank text as null.
+            state->evaluate = clause;
+        } else {
+            sql += " WHERE " + clause.toOgrSql(resolverOf(*table));
+        }
+    }
+    gdal::ErrorScope errors;
+    std::unique_ptr<OGRGeometry> spatial = gdal::toOgr(state->spatial);
+    state->result = workspace->dataset->ExecuteSQL(sql.c_str(), spatial.get(),
+                                                   native ? nullptr : "OGRSQL");
+    if (!state->result) {
+        errors.fail("cannot read " + workspace->describe(table->name) + " with \"" + sql + "\"");
+    }
+    OGRFeatureDefn* definition = state->result->GetLayerDefn();
+    for (int i = 0; i < table->fields->count(); ++i) {
+        const bool attribute = table->ogrIndex[static_cast<std::size_t>(i)] >= 0;
+        state->resultIndex.push_back(
+            attribute ? definition->GetFieldIndex(table->fields->field(i).name.c_str()) : -1);
+    }
+    return state;
+}
+
+std::optional<int64_t> countBySql(WorkspaceData& workspace, const TableData& table,
+                                  const QueryFilter& filter)
+{
+    const bool native = workspace.kind == Workspace::Kind::GeoPackage ||
+                        workspace.kind == Workspace::Kind::SQLite;
+    if (!native || !filter.intersects.isNull()) {
+        return std::nullopt;
+    }
+    table.requireLayer(workspace);
+    const WhereClause clause = checkedClause(workspace, table, filter.whereClause);
+    std::string sql = "SELECT COUNT(*) FROM " + gdal::sqlName(table.name);
+    if (!clause.isEmpty()) {
+        sql += " WHERE " + clause.toSqlite(resolverOf(table));
+    }
+    gdal::ErrorScope errors;
+    OGRLayer* result = workspace.dataset->ExecuteSQL(sql.c_str(), nullptr, nullptr);
+    if (!result) {
+        errors.fail("cannot count " + workspace.describe(table.name) + " with \"" + sql + "\"");
+    }
+    gdal::FeaturePtr feature(result->GetNextFeature());
+    const int64_t count = feature ? feature->GetFieldAsInteger64(0) : 0;
+    feature.reset();
+    workspace.dataset->ReleaseResultSet(result);
+    return count;
+}
+
+CursorState::~CursorState()
+{
+    if (result) {
+        workspace->dataset->ReleaseResultSet(result);
+    }
+    if (wrote) {
+        workspace->commit();
+    }
+}
+
+void CursorState::StatementDeleter::operator()(sqlite3_stmt* statement) const
+{
+    sqlite3_finalize(statement);
+}
+
+bool CursorState::writeAttributes(const Row& row)
+{
+    const Fields& fields = *table->fields;
+    std::vector<bool> changed = row.changed();
+    changed.resize(static_cast<std::size_t>(fields.count()), false);
+    if (table->hasShape && changed[1]) {
+        return false;
+    }
+    sqlite3* db = workspace->sqliteHandle();
+    if (!db) {
+        return false;
+    }
+    table->requireLayer(*workspace);
+    if (!attributeUpdate || changed != attributeUpdateFields) {
+        std::string sql = "UPDATE " + gdal::sqlName(table->name) + " SET ";
+        bool any = false;
+        for (int i = 0; i < fields.count(); ++i) {
+            if (changed[static_cast<std::size_t>(i)]) {
+                sql += (any ? ", " : "") + gdal::sqlName(fields.field(i).name) + " = ?";
+                any = true;
+            }
+        }
+        if (!any) {
+            return true;
+        }
+        sql += " WHERE " + gdal::sqlName(fields.field(0).name) + " = ?";
+        sqlite3_stmt* raw = nullptr;
+        if (sqlite3_prepare_v2(db, sql.c_str(), -1, &raw, nullptr) != SQLITE_OK) {
+            sqlite3_finalize(raw);
+            fail(CPLE_AppDefined, "cannot prepare \"" + sql + "\" on " +
+                                      workspace->describe(table->name) + ": " +
+                                      sqlite3_errmsg(db));
+        }
+        attributeUpdate.reset(raw);
+        attributeUpdateFields = changed;
+    }
+    sqlite3_stmt* statement = attributeUpdate.get();
+    sqlite3_reset(statement);
+    int parameter = 1;
+    for (int i = 0; i < fields.count(); ++i) {
+        if (!changed[static_cast<std::size_t>(i)]) {
+            continue;
+        }
+        const automation::Variant& value = row.value(i);
+        if (value.isNull() || value.isEmpty()) {
+            sqlite3_bind_null(statement, parameter++);
+            continue;
+        }
+        switch (fields.field(i).type) {
+        case FieldType::SmallInteger:
+        case FieldType::Integer:
+        case FieldType::OID:
+            sqlite3_bind_int64(statement, parameter++, value.toInt32());
+            break;
+        case FieldType::Single:
+        case FieldType::Double:
+            sqlite3_bind_double(statement, parameter++, value.toDouble());
+            break;
+        case FieldType::Date: {
+            std::string text = value.toDate().toString();
+            if (text.size() == 10) {
+                text += " 00:00:00";
+            }
+            text[10] = 'T';
+            text += ".000Z";
+            sqlite3_bind_text(statement, parameter++, text.c_str(), -1, SQLITE_TRANSIENT);
+            break;
+        }
+        default: {
+            const std::string text = value.toString();
+            sqlite3_bind_text(statement, parameter++, text.c_str(),
+                              static_cast<int>(text.size()), SQLITE_TRANSIENT);
+            break;
+        }
+        }
+    }
+    sqlite3_bind_int64(statement, parameter, row.oid());
+    workspace->beginWrite();
+    wrote = true;
+    if (sqlite3_step(statement) != SQLITE_DONE) {
+        fail(CPLE_AppDefined, "cannot store row " + std::to_string(row.oid()) + " of " +
+                                  workspace->describe(table->name) + ": " + sqlite3_errmsg(db));
+    }
+    return true;
+}
+
+void CursorState::write(const Row& row, bool insert, int64_t* newOid)
+{
+    if (!insert && writeAttributes(row)) {
+        return;
+    }
+    OGRLayer& layer = table->requireLayer(*workspace);
+    OGRFeature feature(layer.GetLayerDefn());
+    const Fields& fields = *table->fields;
+    for (int i = 0; i < fields.count(); ++i) {
+        const int target = table->ogrIndex[static_cast<std::size_t>(i)];
+        if (target >= 0 && i < row.fields().count()) {
+            gdal::writeValue(feature, target, fields.field(i).type, row.value(i));
+        }
+    }
+    if (table->hasShape && !row.shape().isNull()) {
+        std::unique_ptr<OGRGeometry> shape = gdal::toOgr(row.shape());
+        const OGRwkbGeometryType wanted = layer.GetGeomType();
+        if (OGR_GT_IsSubClassOf(wanted, wkbGeometryCollection) &&
+            wkbFlatten(shape->getGeometryType()) != wkbFlatten(wanted)) {
+            shape.reset(OGRGeometryFactory::forceTo(shape.release(), wanted));
+        }
+        feature.SetGeometryDirectly(shape.release());
+    }
+    workspace->beginWrite();
+    wrote = true;
+    gdal::ErrorScope errors;
+    if (insert) {
+        if (layer.CreateFeature(&feature) != OGRERR_NONE) {
+            errors.fail("cannot add a row to " + workspace->describe(table->name));
+        }
+        *newOid = feature.GetFID();
+    } else {
+        feature.SetFID(row.oid());
+        if (layer.SetFeature(&feature) != OGRERR_NONE) {
+            errors.fail("cannot store row " + std::to_string(row.oid()) + " of " +
+                        workspace->describe(table->name));
+        }
+    }
+}
+
+void CursorState::remove(int64_t oid)
+{
+    OGRLayer& layer = table->requireLayer(*workspace);
+    workspace->beginWrite();
+    wrote = true;
+    gdal::ErrorScope errors;
+    if (layer.DeleteFeature(oid) != OGRERR_NONE) {
+        errors.fail("cannot delete row " + std::to_string(oid) + " of " +
+                    workspace->describe(table->name));
+    }
+}
+
+Cursor::Cursor(const Table&, std::unique_ptr<CursorState> state) : m_state(std::move(state)) {}
+Cursor::~Cursor() = default;
+Cursor::Cursor(Cursor&&) noexcept = default;
+Cursor& Cursor::operator=(Cursor&&) noexcept = default;
+
+bool Cursor::next(Row& row)
+{
+    auto& state = *m_state;
+    while (true) {
+        gdal::FeaturePtr feature(state.result->GetNextFeature());
+        if (!feature) {
+            return false;
+        }
+        row = readRow(*state.table, *feature, &state.resultIndex);
+        if (!state.spatial.isNull() && !state.spatial.intersects(row.shape())) {
+            continue;
+        }
+        if (state.evaluate &&
+            !state.evaluate->matches([&row](std::string_view name) {
+                return row.value(row.fields().findField(name));
+            })) {
+            continue;
+        }
+        return true;
+    }
+}
+
+std::optional<Row> Cursor::next()
+{
+    Row row;
+    if (next(row)) {
+        return row;
+    }
+    return std::nullopt;
+}
+
+void Cursor::updateRow(const Row& row)
+{
+    if (!m_state->updatable) {
+        fail(CPLE_NotSupported, "a search cursor on " +
+                                    m_state->workspace->describe(m_state->table->name) +
+                                    " cannot update rows");
+    }
+    m_state->write(row, false, nullptr);
+}
+
+void Cursor::deleteRow(const Row& row)
+{
+    if (!m_state->updatable) {
+        fail(CPLE_NotSupported, "a search cursor on " +
+                                    m_state->workspace->describe(m_state->table->name) +
+                                    " cannot delete rows");
+    }
+    m_state->remove(row.oid());
+}
+
+void Cursor::flush()
+{
+    if (m_state->wrote && !m_state->workspace->commit()) {
+        fail(CPLE_FileIO, "cannot commit changes to " +
+                              m_state->workspace->describe(m_state->table->name));
+    }
+}
+
+InsertCursor::InsertCursor(const Table&, std::unique_ptr<CursorState> state)
+    : m_state(std::move(state))
+{
+}
+InsertCursor::~InsertCursor() = default;
+InsertCursor::InsertCursor(InsertCursor&&) noexcept = default;
+InsertCursor& InsertCursor::operator=(InsertCursor&&) noexcept = default;
+
+int64_t InsertCursor::insertRow(const Row& row)
+{
+    int64_t oid = -1;
+    m_state->write(row, true, &oid);
+    return oid;
+}
+
+void InsertCursor::flush()
+{
+    if (m_state->wrote && !m_state->workspace->commit()) {
+        fail(CPLE_FileIO, "cannot commit changes to " +
+                              m_state->workspace->describe(m_state->table->name));
+    }
+}
+
+} // namespace brevant::platform::geodatabase

@@ -1,0 +1,62 @@
+#pragma once
+
+// Private to the geodatabase layer: the state of an open cursor and the helpers that read rows.
+
+#include "platform/geodatabase/GdalSupport.h"
+#include "platform/geodatabase/QueryFilter.h"
+#include "platform/geodatabase/Row.h"
+#include "platform/geodatabase/StorageData.h"
+#include "platform/geodatabase/WhereClause.h"
+
+#include <memory>
+
+struct sqlite3_stmt;
+#include <optional>
+#include <vector>
+
+namespace brevant::platform::geodatabase {
+
+struct CursorState {
+    std::shared_ptr<WorkspaceData> workspace;
+    std::shared_ptr<TableData> table;
+    /// The rows being read: a result set of the dataset, released with the cursor.
+    OGRLayer* result = nullptr;
+    /// Per field: the attribute index in the result set (-1 for identifier and shape).
+    std::vector<int> resultIndex;
+    /// A clause the storage cannot evaluate exactly, tested row by row.
+    std::optional<WhereClause> evaluate;
+    geometry::Geometry spatial;
+    bool updatable = false;
+    bool wrote = false;
+    /// The attribute update statement of the last set of changed fields.
+    struct StatementDeleter {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+    std::unique_ptr<sqlite3_stmt, StatementDeleter> attributeUpdate;
+    std::vector<bool> attributeUpdateFields;
+
+    CursorState() = default;
+    CursorState(const CursorState&) = delete;
+    CursorState& operator=(const CursorState&) = delete;
+    ~CursorState();
+
+    void write(const Row& row, bool insert, int64_t* newOid);
+    /// Stores only the changed attributes through the storage's SQL; false when the storage
+    /// has no such path or the shape changed.
+    bool writeAttributes(const Row& row);
+    void remove(int64_t oid);
+};
+
+/// Opens a cursor over the rows a filter lets through.
+std::unique_ptr<CursorState> openCursor(const std::shared_ptr<WorkspaceData>& workspace,
+                                        const std::shared_ptr<TableData>& table,
+                                        const QueryFilter& filter, bool updatable);
+/// Counts rows with one query where the storage can; nullopt when rows must be walked.
+std::optional<int64_t> countBySql(WorkspaceData& workspace, const TableData& table,
+                                  const QueryFilter& filter);
+/// A row from a feature; `resultIndex` maps fields to the feature's attributes (null: the
+/// table's own layout).
+Row readRow(const TableData& table, const OGRFeature& feature,
+            const std::vector<int>* resultIndex);
+
+} // namespace brevant::platform::geodatabase

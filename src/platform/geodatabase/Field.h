@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/geodatabase/FieldType.h"
+
+#include <string>
+
+namespace brevant::platform::geodatabase {
+
+/// One field of a table: its name, the alias shown to users (the name when none), its type and,
+/// for text, its length.
+struct Field {
+    std::string name;
+    FieldType type = FieldType::String;
+    int length = 0;
+    std::string aliasName;
+
+    const std::string& alias() const { return aliasName.empty() ? name : aliasName; }
+};
+
+} // namespace brevant::platform::geodatabase

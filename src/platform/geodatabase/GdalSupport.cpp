@@ -1,0 +1,211 @@
+#include "platform/geodatabase/GdalSupport.h"
+
+#include "platform/automation/ErrorNumbers.h"
+#include "platform/automation/PlatformError.h"
+
+#include <mutex>
+#include <vector>
+
+namespace brevant::platform::geodatabase::gdal {
+
+using automation::Variant;
+
+void ensureRegistered()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { GDALAllRegister(); });
+}
+
+ErrorScope::ErrorScope()
+{
+    CPLPushErrorHandlerEx(&ErrorScope::handler, this);
+}
+
+ErrorScope::~ErrorScope()
+{
+    CPLPopErrorHandler();
+}
+
+void CPL_STDCALL ErrorScope::handler(CPLErr level, CPLErrorNum number, const char* message)
+{
+    auto* scope = static_cast<ErrorScope*>(CPLGetErrorHandlerUserData());
+    if (scope && level >= CE_Failure) {
+        scope->m_message = message ? message : "";
+        scope->m_number = number;
+    }
+}
+
+void ErrorScope::fail(const std::string& what) const
+{
+    std::string message = what;
+    if (!m_message.empty()) {
+        message += ": " + m_message;
+    }
+    throw automation::PlatformError(automation::ErrorNumber::GdalBase + (m_number & 0xfff),
+                                    "GDAL", message);
+}
+
+FieldType fieldType(const OGRFieldDefn& definition)
+{
+    switch (definition.GetType()) {
+    case OFTInteger:
+        return definition.GetSubType() == OFSTInt16 || definition.GetSubType() == OFSTBoolean
+                   ? FieldType::SmallInteger
+                   : FieldType::Integer;
+    case OFTInteger64:
+        return FieldType::Integer;
+    case OFTReal:
+        return definition.GetSubType() == OFSTFloat32 ? FieldType::Single : FieldType::Double;
+    case OFTDate:
+    case OFTDateTime:
+    case OFTTime:
+        return FieldType::Date;
+    default:
+        return FieldType::String;
+    }
+}
+
+std::unique_ptr<OGRFieldDefn> fieldDefinition(const Field& field)
+{
+    OGRFieldType type = OFTString;
+    OGRFieldSubType subType = OFSTNone;
+    switch (field.type) {
+    case FieldType::SmallInteger:
+        type = OFTInteger;
+        subType = OFSTInt16;
+        break;
+    case FieldType::Integer:
+    case FieldType::OID:
+        type = OFTInteger;
+        break;
+    case FieldType::Single:
+        type = OFTReal;
+        subType = OFSTFloat32;
+        break;
+    case FieldType::Double:
+        type = OFTReal;
+        break;
+    case FieldType::Date:
+        type = OFTDateTime;
+        break;
+    case FieldType::String:
+    case FieldType::Geometry:
+        type = OFTString;
+        break;
+    }
+    auto definition = std::make_unique<OGRFieldDefn>(field.name.c_str(), type);
+    definition->SetSubType(subType);
+    if (field.type == FieldType::String && field.length > 0) {
+        definition->SetWidth(field.length);
+    }
+    if (!field.aliasName.empty()) {
+        definition->SetAlternativeName(field.aliasName.c_str());
+    }
+    return definition;
+}
+
+Variant readValue(const OGRFeature& feature, int ogrIndex, FieldType type)
+{
+    if (!feature.IsFieldSetAndNotNull(ogrIndex)) {
+        return Variant::null();
+    }
+    switch (type) {
+    case FieldType::SmallInteger:
+        return static_cast<int16_t>(feature.GetFieldAsInteger(ogrIndex));
+    case FieldType::Integer:
+    case FieldType::OID: {
+        const GIntBig value = feature.GetFieldAsInteger64(ogrIndex);
+        if (value >= INT32_MIN && value <= INT32_MAX) {
+            return static_cast<int32_t>(value);
+        }
+        return static_cast<double>(value);
+    }
+    case FieldType::Single:
+    case FieldType::Double:
+        return feature.GetFieldAsDouble(ogrIndex);
+    case FieldType::Date: {
+        int y = 0, mo = 0, d = 0, h = 0, mi = 0, tz = 0;
+        float s = 0;
+        feature.GetFieldAsDateTime(ogrIndex, &y, &mo, &d, &h, &mi, &s, &tz);
+        return automation::Date::fromParts(y, mo, d, h, mi, static_cast<int>(s));
+    }
+    default:
+        return std::string(feature.GetFieldAsString(ogrIndex));
+    }
+}
+
+void writeValue(OGRFeature& feature, int ogrIndex, FieldType type, const Variant& value)
+{
+    if (value.isEmpty() || value.isNull()) {
+        feature.SetFieldNull(ogrIndex);
+        return;
+    }
+    switch (type) {
+    case FieldType::SmallInteger:
+        feature.SetField(ogrIndex, value.toInt16());
+        break;
+    case FieldType::Integer:
+    case FieldType::OID:
+        feature.SetField(ogrIndex, value.toInt32());
+        break;
+    case FieldType::Single:
+    case FieldType::Double:
+        feature.SetField(ogrIndex, value.toDouble());
+        break;
+    case FieldType::Date: {
+        const std::string text = value.toDate().toString();
+        int y = 0, mo = 0, d = 0, h = 0, mi = 0, s = 0;
+        std::sscanf(text.c_str(), "%d-%d-%d %d:%d:%d", &y, &mo, &d, &h, &mi, &s);
+        feature.SetField(ogrIndex, y, mo, d, h, mi, static_cast<float>(s), 0);
+        break;
+    }
+    default:
+        feature.SetField(ogrIndex, value.toString().c_str());
+        break;
+    }
+}
+
+geometry::Geometry toGeometry(const OGRGeometry* geometry)
+{
+    if (!geometry || geometry->IsEmpty()) {
+        return {};
+    }
+    // Points are most of what statewide inventories hold; skip the WKB round trip for them.
+    if (wkbFlatten(geometry->getGeometryType()) == wkbPoint) {
+        const auto* point = geometry->toPoint();
+        return geometry::Geometry::point({point->getX(), point->getY()});
+    }
+    thread_local std::vector<unsigned char> wkb;
+    wkb.resize(static_cast<std::size_t>(geometry->WkbSize()));
+    geometry->exportToWkb(wkbNDR, wkb.data(), wkbVariantIso);
+    return geometry::Geometry::fromWkb(wkb);
+}
+
+std::unique_ptr<OGRGeometry> toOgr(const geometry::Geometry& geometry)
+{
+    if (geometry.isNull()) {
+        return nullptr;
+    }
+    const auto wkb = geometry.toWkb();
+    OGRGeometry* created = nullptr;
+    ErrorScope errors;
+    if (OGRGeometryFactory::createFromWkb(wkb.data(), nullptr, &created,
+                                          static_cast<int>(wkb.size())) != OGRERR_NONE) {
+        errors.fail("cannot convert a shape for storage");
+    }
+    return std::unique_ptr<OGRGeometry>(created);
+}
+
+std::string sqlName(const std::string& name)
+{
+    std::string out = "\"";
+    for (char c : name) {
+        out += c;
+        if (c == '"') {
+            out += '"';
+        }
+    }
+    return out + "\"";
+}
+
+} // namespace brevant::platform::geodatabase::gdal

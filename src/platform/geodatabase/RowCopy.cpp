@@ -1,0 +1,47 @@
+#include "platform/geodatabase/RowCopy.h"
+
+#include "platform/geodatabase/Cursor.h"
+#include "platform/geodatabase/Table.h"
+
+#include <utility>
+#include <vector>
+
+namespace brevant::platform::geodatabase {
+
+int64_t appendRows(const Table& source, Table& target, const QueryFilter& filter)
+{
+    // Pairs of (source index, target index) for the attributes both tables have.
+    std::vector<std::pair<int, int>> pairs;
+    const Fields& from = source.fields();
+    for (int i = 0; i < from.count(); ++i) {
+        const auto type = from.field(i).type;
+        if (type == FieldType::OID || type == FieldType::Geometry) {
+            continue;
+        }
+        const int j = target.findField(from.field(i).name);
+        if (j >= 0 && target.fields().field(j).type != FieldType::OID &&
+            target.fields().field(j).type != FieldType::Geometry) {
+            pairs.emplace_back(i, j);
+        }
+    }
+    const bool shapes = source.hasShape() && target.hasShape();
+    int64_t added = 0;
+    Cursor cursor = source.search(filter);
+    InsertCursor insert = target.insert();
+    Row row;
+    while (cursor.next(row)) {
+        Row copy = target.createRow();
+        for (const auto& [i, j] : pairs) {
+            copy.setValue(j, row.value(i));
+        }
+        if (shapes) {
+            copy.setShape(row.shape());
+        }
+        insert.insertRow(copy);
+        ++added;
+    }
+    insert.flush();
+    return added;
+}
+
+} // namespace brevant::platform::geodatabase

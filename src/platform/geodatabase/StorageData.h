@@ -1,0 +1,68 @@
+#pragma once
+
+// Private to the geodatabase layer: the state behind Workspace, Table and Cursor handles.
+
+#include "platform/geodatabase/Fields.h"
+#include "platform/geodatabase/GdalSupport.h"
+#include "platform/geodatabase/Workspace.h"
+#include "platform/geometry/ShapeType.h"
+#include "platform/geometry/SpatialReference.h"
+
+#include <filesystem>
+
+struct sqlite3;
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace brevant::platform::geodatabase {
+
+struct TableData;
+
+struct WorkspaceData {
+    std::filesystem::path path;
+    Workspace::Kind kind = Workspace::Kind::Other;
+    bool readOnly = false;
+    gdal::DatasetPtr dataset;
+    bool inTransaction = false;
+    int pendingWrites = 0;
+    // Written since the last commit; formats without transactions are flushed on commit so
+    // that another workspace on the same files sees the rows.
+    bool dirty = false;
+    std::vector<std::weak_ptr<TableData>> tables;
+
+    /// GDAL's own SQLite connection of a GeoPackage or SQLite workspace (null for other
+    /// formats), for attribute updates that need not rewrite the whole feature.
+    sqlite3* sqliteHandle() const;
+
+    /// Call before each stored row: opens a transaction where the format has them, and commits
+    /// a batch when it has grown large.
+    void beginWrite();
+    /// Commits what is pending; never throws (cursors call it while unwinding).
+    bool commit() noexcept;
+    /// "table X in /path/db.mdb", for messages.
+    std::string describe(const std::string& table) const;
+    /// Finds an open layer by name (case-insensitive), or null.
+    OGRLayer* layer(const std::string& name) const;
+};
+
+struct TableData {
+    std::string name;
+    std::string alias;
+    OGRLayer* layer = nullptr; // borrowed from the dataset; null once the table was deleted
+    std::shared_ptr<Fields> fields;
+    std::vector<int> ogrIndex; // per field: OGR attribute index, -1 for identifier and shape
+    bool hasShape = false;
+    geometry::ShapeType shapeType = geometry::ShapeType::Null;
+    geometry::SpatialReference spatialReference;
+    std::string shapeFieldName;
+    // dBASE text has no null: a blank value reads as null through OGR but is an empty string.
+    bool blankTextIsEmpty = false;
+
+    /// Reads the field list from the layer definition.
+    void loadFields();
+    /// The layer, or a PlatformError when the table was deleted.
+    OGRLayer& requireLayer(const WorkspaceData& workspace) const;
+};
+
+} // namespace brevant::platform::geodatabase

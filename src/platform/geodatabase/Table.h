@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/automation/AutomationObject.h"
+#include "platform/geodatabase/Fields.h"
+#include "platform/geodatabase/QueryFilter.h"
+#include "platform/geodatabase/Row.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace brevant::platform::geodatabase {
+
+class Cursor;
+class InsertCursor;
+class Workspace;
+struct WorkspaceData;
+struct TableData;
+
+/// A table of a workspace, with its fields in the library's order (OBJECTID first). Feature
+/// classes are tables with shapes (see FeatureClass). Failures throw PlatformError naming
+/// the table and its database.
+class Table : public automation::AutomationObject {
+public:
+    Table(std::shared_ptr<WorkspaceData> workspace, std::shared_ptr<TableData> data);
+    ~Table() override;
+
+    std::string_view className() const override { return "Table"; }
+
+    const std::string& name() const;
+    /// The name shown to users (the table name when none is stored).
+    const std::string& aliasName() const;
+    const Fields& fields() const;
+    std::shared_ptr<const Fields> sharedFields() const;
+    /// Index of a field by name without regard to case; -1 when missing.
+    int findField(std::string_view name) const;
+    bool hasShape() const;
+    Workspace workspace() const;
+
+    /// Adds a field at the end; throws when a field of that name exists.
+    void addField(const Field& field);
+
+    /// Number of rows the filter lets through.
+    int64_t rowCount(const QueryFilter& filter = {}) const;
+    /// A cursor over the rows the filter lets through, in identifier order.
+    Cursor search(const QueryFilter& filter = {}) const;
+    /// The same cursor, allowed to update and delete the rows it hands out.
+    Cursor update(const QueryFilter& filter = {});
+    /// A cursor that adds rows.
+    InsertCursor insert();
+    /// Deletes the rows the filter lets through; returns how many.
+    int64_t deleteSearchedRows(const QueryFilter& filter = {});
+    /// A new, unsaved row with this table's fields.
+    Row createRow() const;
+    /// The row with an identifier, or nullopt.
+    std::optional<Row> row(int64_t oid) const;
+
+    /// For the storage code.
+    TableData& data() const { return *m_data; }
+    const std::shared_ptr<WorkspaceData>& workspaceData() const { return m_workspace; }
+
+private:
+    std::shared_ptr<WorkspaceData> m_workspace;
+    std::shared_ptr<TableData> m_data;
+};
+
+} // namespace brevant::platform::geodatabase

@@ -1,0 +1,395 @@
+#include "platform/geodatabase/Workspace.h"
+
+#include "platform/automation/CaseInsensitive.h"
+#include "platform/automation/ErrorNumbers.h"
+#include "platform/automation/PlatformError.h"
+#include "platform/geodatabase/FeatureClass.h"
+#include "platform/geodatabase/StorageData.h"
+
+#include <utility>
+#include <array>
+#include <cstring>
+#include <fstream>
+
+namespace brevant::platform::geodatabase {
+
+namespace fs = std::filesystem;
+using automation::PlatformError;
+using automation::ErrorNumber::GdalBase;
+
+namespace {
+constexpr int kBatchSize = 50000;
+
+[[noreturn]] void fail(int code, const std::string& message)
+{
+    throw PlatformError(GdalBase + code, "GDAL", message);
+}
+
+Workspace::Kind kindOfFile(const fs::path& path)
+{
+    std::array<char, 32> header{};
+    std::ifstream in(path, std::ios::binary);
+    in.read(header.data(), header.size());
+    if (std::memcmp(header.data(), "SQLite format 3", 15) == 0) {
+        // A GeoPackage says so in the database header's application id.
+        std::array<char, 4> application{};
+        in.seekg(68);
+        in.read(application.data(), application.size());
+        const bool geoPackage = std::memcmp(application.data(), "GPKG", 4) == 0 ||
+                                std::memcmp(application.data(), "GP1", 3) == 0;
+        return geoPackage ? Workspace::Kind::GeoPackage : Workspace::Kind::SQLite;
+    }
+    if (std::memcmp(header.data() + 4, "Standard Jet DB", 15) == 0 ||
+        std::memcmp(header.data() + 4, "Standard ACE DB", 15) == 0) {
+        return Workspace::Kind::Access;
+    }
+    return Workspace::Kind::Other;
+}
+
+OGRwkbGeometryType storageType(geometry::ShapeType type)
+{
+    switch (type) {
+    case geometry::ShapeType::Point:
+        return wkbPoint;
+    case geometry::ShapeType::Multipoint:
+        return wkbMultiPoint;
+    case geometry::ShapeType::Polyline:
+        return wkbMultiLineString;
+    case geometry::ShapeType::Polygon:
+        return wkbMultiPolygon;
+    case geometry::ShapeType::Null:
+        break;
+    }
+    return wkbNone;
+}
+
+std::shared_ptr<WorkspaceData> openDataset(const fs::path& path, Workspace::Kind kind,
+                                           bool readOnly)
+{
+    gdal::ensureRegistered();
+    gdal::ErrorScope errors;
+    const char* geoPackage[] = {"GPKG", nullptr};
+    const char* shapefile[] = {"ESRI Shapefile", nullptr};
+    const char* access[] = {"PGeo", nullptr};
+    const char* sqlite[] = {"SQLite", nullptr};
+    const char* const* drivers = nullptr;
+    switch (kind) {
+    case Workspace::Kind::GeoPackage:
+        drivers = geoPackage;
+        break;
+    case Workspace::Kind::ShapefileFolder:
+        drivers = shapefile;
+        break;
+    case Workspace::Kind::SQLite:
+        drivers = sqlite;
+        break;
+    case Workspace::Kind::Access:
+        drivers = access;
+        readOnly = true;
+        if (!GDALGetDriverByName("PGeo")) {
+            fail(CPLE_OpenFailed, "cannot open Access personal geodatabase " + path.string() +
+                                      ": the Access (ODBC) driver is not installed");
+        }
+        break;
+    case Workspace::Kind::Other:
+        break;
+    }
+    const unsigned flags = GDAL_OF_VECTOR | (readOnly ? GDAL_OF_READONLY : GDAL_OF_UPDATE);
+    auto data = std::make_shared<WorkspaceData>();
+    data->dataset.reset(GDALDataset::FromHandle(
+        GDALOpenEx(path.string().c_str(), flags, drivers, nullptr, nullptr)));
+    if (!data->dataset) {
+        errors.fail("cannot open workspace " + path.string());
+    }
+    data->path = path;
+    data->kind = kind;
+    data->readOnly = readOnly;
+    return data;
+}
+} // namespace
+
+void WorkspaceData::beginWrite()
+{
+    if (readOnly) {
+        fail(CPLE_NotSupported, "workspace " + path.string() + " is read-only");
+    }
+    dirty = true;
+    if (!inTransaction && dataset->TestCapability(ODsCTransactions)) {
+        inTransaction = dataset->StartTransaction() == OGRERR_NONE;
+    }
+    if (++pendingWrites >= kBatchSize) {
+        commit();
+    }
+}
+
+bool WorkspaceData::commit() noexcept
+{
+    pendingWrites = 0;
+    const bool wasDirty = std::exchange(dirty, false);
+    gdal::ErrorScope errors;
+    if (!inTransaction) {
+        if (wasDirty) {
+            dataset->FlushCache();
+            return errors.lastNumber() == 0 && errors.lastMessage().empty();
+        }
+        return true;
+    }
+    inTransaction = false;
+    return dataset->CommitTransaction() == OGRERR_NONE;
+}
+
+sqlite3* WorkspaceData::sqliteHandle() const
+{
+    if (kind != Workspace::Kind::GeoPackage && kind != Workspace::Kind::SQLite) {
+        return nullptr;
+    }
+    return static_cast<sqlite3*>(GDALGetInternalHandle(dataset.get(), "SQLITE_HANDLE"));
+}
+
+std::string WorkspaceData::describe(const std::string& table) const
+{
+    return table + " in " + path.string();
+}
+
+OGRLayer* WorkspaceData::layer(const std::string& name) const
+{
+    for (int i = 0; i < dataset->GetLayerCount(); ++i) {
+        OGRLayer* candidate = dataset->GetLayer(i);
+        if (automation::equalsIgnoreCase(candidate->GetName(), name)) {
+            return candidate;
+        }
+    }
+    return nullptr;
+}
+
+Workspace Workspace::open(const fs::path& path, bool readOnly)
+{
+    std::error_code ec;
+    if (fs::is_directory(path, ec)) {
+        return openShapefileFolder(path);
+    }
+    if (!fs::is_regular_file(path, ec)) {
+        fail(CPLE_OpenFailed, "cannot open workspace " + path.string() + ": no such file");
+    }
+    return Workspace(openDataset(path, kindOfFile(path), readOnly));
+}
+
+Workspace Workspace::createGeoPackage(const fs::path& path)
+{
+    gdal::ensureRegistered();
+    std::error_code ec;
+    if (fs::exists(path, ec)) {
+        fail(CPLE_FileIO, "cannot create " + path.string() + ": the file exists");
+    }
+    gdal::ErrorScope errors;
+    GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GPKG");
+    auto data = std::make_shared<WorkspaceData>();
+    data->dataset.reset(driver->Create(path.string().c_str(), 0, 0, 0, GDT_Unknown, nullptr));
+    if (!data->dataset) {
+        errors.fail("cannot create personal geodatabase " + path.string());
+    }
+    data->path = path;
+    data->kind = Kind::GeoPackage;
+    return Workspace(data);
+}
+
+Workspace Workspace::openShapefileFolder(const fs::path& folder)
+{
+    gdal::ensureRegistered();
+    fs::create_directories(folder);
+    gdal::ErrorScope errors;
+    auto data = std::make_shared<WorkspaceData>();
+    const char* drivers[] = {"ESRI Shapefile", nullptr};
+    data->dataset.reset(GDALDataset::FromHandle(GDALOpenEx(
+        folder.string().c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE, drivers, nullptr, nullptr)));
+    if (!data->dataset) {
+        // An empty folder is no data source yet; the driver makes it one.
+        GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("ESRI Shapefile");
+        data->dataset.reset(
+            driver->Create(folder.string().c_str(), 0, 0, 0, GDT_Unknown, nullptr));
+    }
+    if (!data->dataset) {
+        errors.fail("cannot open shapefile folder " + folder.string());
+    }
+    data->path = folder;
+    data->kind = Kind::ShapefileFolder;
+    return Workspace(data);
+}
+
+const fs::path& Workspace::path() const
+{
+    return m_data->path;
+}
+
+Workspace::Kind Workspace::kind() const
+{
+    return m_data->kind;
+}
+
+bool Workspace::isReadOnly() const
+{
+    return m_data->readOnly;
+}
+
+std::vector<std::string> Workspace::datasetNames() const
+{
+    std::vector<std::string> names;
+    for (int i = 0; i < m_data->dataset->GetLayerCount(); ++i) {
+        names.emplace_back(m_data->dataset->GetLayer(i)->GetName());
+    }
+    return names;
+}
+
+bool Workspace::exists(const std::string& name) const
+{
+    return m_data->layer(name) != nullptr;
+}
+
+namespace {
+std::shared_ptr<TableData> tableData(WorkspaceData& workspace, const std::string& name)
+{
+    OGRLayer* layer = workspace.layer(name);
+    if (!layer) {
+        fail(CPLE_OpenFailed, "cannot open " + workspace.describe(name) + ": no such table");
+    }
+    auto data = std::make_shared<TableData>();
+    data->name = layer->GetName();
+    data->layer = layer;
+    data->blankTextIsEmpty = workspace.kind == Workspace::Kind::ShapefileFolder;
+    data->loadFields();
+    workspace.tables.push_back(data);
+    return data;
+}
+} // namespace
+
+std::shared_ptr<FeatureClass> Workspace::openFeatureClass(const std::string& name) const
+{
+    auto data = tableData(*m_data, name);
+    if (!data->hasShape) {
+        fail(CPLE_AppDefined, "cannot open " + m_data->describe(name) +
+                                  " as a feature class: it has no shapes");
+    }
+    return std::make_shared<FeatureClass>(m_data, data);
+}
+
+std::shared_ptr<Table> Workspace::openTable(const std::string& name) const
+{
+    auto data = tableData(*m_data, name);
+    if (data->hasShape) {
+        return std::make_shared<FeatureClass>(m_data, data);
+    }
+    return std::make_shared<Table>(m_data, data);
+}
+
+namespace {
+OGRLayer* createLayer(WorkspaceData& workspace, const std::string& name, const Fields& fields,
+                      OGRwkbGeometryType type, const geometry::SpatialReference& reference,
+                      const std::string& shapeFieldName)
+{
+    if (workspace.readOnly) {
+        fail(CPLE_NotSupported, "cannot create " + workspace.describe(name) +
+                                    ": the workspace is read-only");
+    }
+    if (workspace.layer(name)) {
+        fail(CPLE_AppDefined, "cannot create " + workspace.describe(name) + ": it exists");
+    }
+    workspace.commit();
+    gdal::ErrorScope errors;
+    OGRSpatialReference srs;
+    const bool withReference = type != wkbNone && !reference.isUnknown();
+    if (withReference) {
+        srs.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
+        srs.importFromWkt(reference.wkt().c_str());
+    }
+    const std::string geometryOption = "GEOMETRY_NAME=" + shapeFieldName;
+    const char* options[] = {"FID=OBJECTID", geometryOption.c_str(), "SPATIAL_INDEX=YES",
+                             nullptr};
+    const bool geoPackage = workspace.kind == Workspace::Kind::GeoPackage;
+    OGRLayer* layer =
+        workspace.dataset->CreateLayer(name.c_str(), withReference ? &srs : nullptr, type,
+                                       geoPackage ? const_cast<char**>(options) : nullptr);
+    if (!layer) {
+        errors.fail("cannot create " + workspace.describe(name));
+    }
+    for (const auto& field : fields.all()) {
+        if (field.type == FieldType::OID || field.type == FieldType::Geometry) {
+            continue;
+        }
+        const auto definition = gdal::fieldDefinition(field);
+        if (layer->CreateField(definition.get()) != OGRERR_NONE) {
+            errors.fail("cannot add field " + field.name + " to " + workspace.describe(name));
+        }
+    }
+    return layer;
+}
+} // namespace
+
+std::shared_ptr<FeatureClass> Workspace::createFeatureClass(
+    const std::string& name, const Fields& fields, geometry::ShapeType shapeType,
+    const geometry::SpatialReference& spatialReference, const std::string& shapeFieldName)
+{
+    OGRwkbGeometryType type = storageType(shapeType);
+    if (type == wkbNone) {
+        fail(CPLE_AppDefined, "cannot create " + m_data->describe(name) + " without a shape type");
+    }
+    // A shapefile has no multi-part flag: its polyline and polygon types hold several parts.
+    if (m_data->kind == Kind::ShapefileFolder && type != wkbMultiPoint) {
+        type = wkbFlatten(type) == wkbMultiPolygon ? wkbPolygon
+               : wkbFlatten(type) == wkbMultiLineString ? wkbLineString
+                                                         : type;
+    }
+    createLayer(*m_data, name, fields, type, spatialReference, shapeFieldName);
+    return openFeatureClass(name);
+}
+
+std::shared_ptr<Table> Workspace::createTable(const std::string& name, const Fields& fields)
+{
+    createLayer(*m_data, name, fields, wkbNone, {}, "Shape");
+    return openTable(name);
+}
+
+bool Workspace::deleteDataset(const std::string& name)
+{
+    for (int i = 0; i < m_data->dataset->GetLayerCount(); ++i) {
+        if (!automation::equalsIgnoreCase(m_data->dataset->GetLayer(i)->GetName(), name)) {
+            continue;
+        }
+        OGRLayer* doomed = m_data->dataset->GetLayer(i);
+        m_data->commit();
+        gdal::ErrorScope errors;
+        if (m_data->dataset->DeleteLayer(i) != OGRERR_NONE) {
+            errors.fail("cannot delete " + m_data->describe(name));
+        }
+        for (auto& weak : m_data->tables) {
+            if (auto table = weak.lock(); table && table->layer == doomed) {
+                table->layer = nullptr;
+            }
+        }
+        return true;
+    }
+    return false;
+}
+
+void Workspace::renameDataset(const std::string& from, const std::string& to)
+{
+    OGRLayer* layer = m_data->layer(from);
+    if (!layer) {
+        fail(CPLE_OpenFailed, "cannot rename " + m_data->describe(from) + ": no such table");
+    }
+    if (m_data->layer(to)) {
+        fail(CPLE_AppDefined, "cannot rename " + m_data->describe(from) + " to " + to +
+                                  ": that name is taken");
+    }
+    m_data->commit();
+    gdal::ErrorScope errors;
+    if (layer->Rename(to.c_str()) != OGRERR_NONE) {
+        errors.fail("cannot rename " + m_data->describe(from) + " to " + to);
+    }
+    for (auto& weak : m_data->tables) {
+        if (auto table = weak.lock(); table && table->layer == layer) {
+            table->name = to;
+        }
+    }
+}
+
+} // namespace brevant::platform::geodatabase
