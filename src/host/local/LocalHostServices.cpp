@@ -11,6 +11,7 @@
 #include "host/ThematicClassSettings.h"
 #include "host/UserMapRegistry.h"
 #include "host/local/HostRoot.h"
+#include "host/local/LocalGisDataService.h"
 #include "host/local/LocalRegionContextService.h"
 #include "host/local/LocalRegionHazardService.h"
 #include "host/local/LocalRegionSettingsStore.h"
@@ -39,7 +40,7 @@ std::shared_ptr<RegionHazardService> LocalHostServices::createRegionHazardServic
 
 std::shared_ptr<GisDataService> LocalHostServices::createGisDataService()
 {
-    return std::make_shared<GisDataService>();
+    return std::make_shared<LocalGisDataService>(m_root);
 }
 
 std::shared_ptr<RegionSelectionStore> LocalHostServices::createRegionSelectionStore()
