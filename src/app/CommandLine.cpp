@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 
 #include "BrevantClasses.h"
+#include "app/GeoprocessingCommands.h"
 #include "app/ScriptRunner.h"
 #include "host/HostServices.h"
 #include "host/local/LocalHostServices.h"
@@ -8,6 +9,7 @@
 
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 
@@ -21,9 +23,12 @@ constexpr const char* kUsage = R"(Usage: brevant COMMAND [OPTIONS]
 The map engine of a multi-hazard loss-estimation system, driven from the command line.
 
 Commands:
-  call     Create an object and call one member, print the result as JSON
-  script   Run a script of JSON statements, one per line
-  help     Show help for a command
+  call        Create an object and call one member, print the result as JSON
+  script      Run a script of JSON statements, one per line
+  transfer    Copy a polygon field onto the features inside (or nearest to) them
+  clip        Clip features by polygons into a GeoPackage layer
+  intersect   Intersect two sources into a GeoPackage layer
+  help        Show help for a command
 
 Run 'brevant COMMAND --help' for the options of a command.
 )";
@@ -200,8 +205,21 @@ int runCommandLine(const std::vector<std::string>& args, std::istream& in, std::
     const std::string& command = args[0];
     if (command == "help") {
         const std::string topic = args.size() > 1 ? args[1] : "";
-        out << (topic == "call" ? kCallUsage : topic == "script" ? kScriptUsage : kUsage);
+        const std::map<std::string, const char*> usages = {
+            {"call", kCallUsage},         {"script", kScriptUsage}, {"transfer", kTransferUsage},
+            {"clip", kClipUsage},         {"intersect", kIntersectUsage}};
+        const auto found = usages.find(topic);
+        out << (found == usages.end() ? kUsage : found->second);
         return 0;
+    }
+    if (command == "transfer") {
+        return runTransfer(args, out, err);
+    }
+    if (command == "clip") {
+        return runClip(args, out, err);
+    }
+    if (command == "intersect") {
+        return runIntersect(args, out, err);
     }
     if (command == "call") {
         if (wantsHelp(args)) {
