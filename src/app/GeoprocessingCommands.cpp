@@ -6,10 +6,13 @@
 #include "platform/geodatabase/ValueTransfer.h"
 #include "platform/geodatabase/Workspace.h"
 
+#include <unistd.h>
+
 #include <chrono>
 #include <cstring>
 #include <cstdio>
 #include <filesystem>
+#include <iostream>
 #include <map>
 #include <ostream>
 #include <stdexcept>
@@ -158,15 +161,21 @@ std::string publish(const platform::geodatabase::OutputDescription& output)
     return layer;
 }
 
-/// A progress bar on stderr, redrawn when the percentage changes.
+/// Progress on stderr: a bar redrawn in place on a terminal, a line per quarter in a log.
 auto progressBar(std::ostream& err, const std::string& label)
 {
-    return [&err, label, last = -1](int64_t done, int64_t total) mutable {
+    const bool terminal = &err == &std::cerr && isatty(STDERR_FILENO);
+    return [&err, label, terminal, last = -1](int64_t done, int64_t total) mutable {
         const int percent = total > 0 ? static_cast<int>(100 * done / total) : 100;
-        if (percent == last) {
+        const int step = terminal ? percent : percent / 25 * 25;
+        if (step == last) {
             return;
         }
-        last = percent;
+        last = step;
+        if (!terminal) {
+            err << label << ": " << percent << "% (" << done << "/" << total << ")\n";
+            return;
+        }
         const int filled = percent / 5;
         err << '\r' << label << " [" << std::string(filled, '#') << std::string(20 - filled, ' ')
             << "] " << percent << "% (" << done << "/" << total << ")" << std::flush;

@@ -174,6 +174,7 @@ std::shared_ptr<FeatureClass> Geoprocessor::Intersect(const FeatureClass& input,
         }
     }
     const geometry::FeatureIndex index(withShapes);
+    std::vector<std::unique_ptr<geometry::PreparedGeometry>> preparedWith(withShapes.size());
 
     std::vector<Field> attributes;
     attributes.push_back({"FID_" + input.name(), FieldType::Integer, 0, {}});
@@ -207,10 +208,22 @@ std::shared_ptr<FeatureClass> Geoprocessor::Intersect(const FeatureClass& input,
         }
         const geometry::PreparedGeometry shape(row.shape());
         for (std::size_t j : index.candidates(row.shape().envelope())) {
-            if (!shape.intersects(withShapes[j])) {
-                continue;
+            const Geometry& other = withShapes[j];
+            if (!preparedWith[j]) {
+                preparedWith[j] = std::make_unique<geometry::PreparedGeometry>(other);
             }
-            const Geometry piece = row.shape().intersection(withShapes[j]).asShapeOf(shapeType);
+            // A shape wholly inside the other is its own intersection: the overlay, by far the
+            // costliest step, is left for the pairs whose boundaries cross.
+            Geometry piece;
+            if (preparedWith[j]->containsProperly(row.shape())) {
+                piece = row.shape().asShapeOf(shapeType);
+            } else if (shape.containsProperly(other)) {
+                piece = other.asShapeOf(shapeType);
+            } else if (shape.intersects(other)) {
+                piece = other.clipToEnvelope(row.shape().envelope())
+                            .intersection(row.shape())
+                            .asShapeOf(shapeType);
+            }
             if (piece.isNull() || piece.isEmpty()) {
                 continue;
             }
