@@ -32,7 +32,9 @@ public:
     /// Creates a new, empty personal geodatabase (GeoPackage) at `path`, whatever its
     /// extension; fails when the file exists.
     static Workspace createGeoPackage(const std::filesystem::path& path);
-    /// Opens a folder as a shapefile workspace, creating the folder when missing.
+    /// Opens a folder as a shapefile workspace, creating the folder when missing. dBASE text
+    /// has no null: null text is stored blank and reads back as an empty string, and where
+    /// clauses on shapefiles are evaluated in process so that they see the same values.
     static Workspace openShapefileFolder(const std::filesystem::path& folder);
 
     const std::filesystem::path& path() const;
