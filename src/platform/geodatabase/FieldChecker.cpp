@@ -36,7 +36,8 @@ std::string uniqueName(const std::string& name, const std::set<std::string>& tak
                        bool shapefile)
 {
     for (int n = 1;; ++n) {
-        const std::string suffix = "_" + std::to_string(n);
+        std::string suffix = std::to_string(n);
+        suffix.insert(suffix.begin(), '_');
         std::string stem = name;
         if (shapefile && stem.size() + suffix.size() > kShapefileNameLength) {
             stem.resize(kShapefileNameLength - suffix.size());

@@ -2,6 +2,7 @@
 
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/PlatformError.h"
+#include "platform/geodatabase/SqlQuote.h"
 
 #include <mutex>
 #include <vector>
@@ -198,14 +199,7 @@ std::unique_ptr<OGRGeometry> toOgr(const geometry::Geometry& geometry)
 
 std::string sqlName(const std::string& name)
 {
-    std::string out = "\"";
-    for (char c : name) {
-        out += c;
-        if (c == '"') {
-            out += '"';
-        }
-    }
-    return out + "\"";
+    return sqlQuoted(name, '"');
 }
 
 } // namespace brevant::platform::geodatabase::gdal

@@ -80,6 +80,19 @@ int dimension(ShapeType type)
     return -1;
 }
 
+void insertFeature(InsertCursor& insert, const FeatureClass& result, const std::vector<int>& targets,
+                   const std::vector<automation::Variant>& values, const Geometry& shape)
+{
+    Row out = result.createRow();
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (targets[i] >= 0) {
+            out.setValue(targets[i], values[i]);
+        }
+    }
+    out.setShape(shape);
+    insert.insertRow(out);
+}
+
 void requirePolygons(const FeatureClass& table, const char* role)
 {
     if (table.shapeType() != ShapeType::Polygon) {
@@ -137,15 +150,7 @@ std::shared_ptr<FeatureClass> Geoprocessor::Clip(const FeatureClass& input,
                        .asShapeOf(input.shapeType());
         }
         if (!kept.isNull() && !kept.isEmpty()) {
-            Row out = result->createRow();
-            const auto values = attributeValues(row);
-            for (std::size_t i = 0; i < values.size(); ++i) {
-                if (targets[i] >= 0) {
-                    out.setValue(targets[i], values[i]);
-                }
-            }
-            out.setShape(kept);
-            insert.insertRow(out);
+            insertFeature(insert, *result, targets, attributeValues(row), kept);
         }
         if (progress && ++done % 1000 == 0) {
             progress(done, total);
@@ -227,7 +232,6 @@ std::shared_ptr<FeatureClass> Geoprocessor::Intersect(const FeatureClass& input,
             if (piece.isNull() || piece.isEmpty()) {
                 continue;
             }
-            Row out = result->createRow();
             std::vector<automation::Variant> values;
             values.push_back(static_cast<double>(row.oid()));
             for (auto& value : attributeValues(row)) {
@@ -237,13 +241,7 @@ std::shared_ptr<FeatureClass> Geoprocessor::Intersect(const FeatureClass& input,
             for (auto& value : attributeValues(withRows[j])) {
                 values.push_back(std::move(value));
             }
-            for (std::size_t i = 0; i < values.size(); ++i) {
-                if (targets[i] >= 0) {
-                    out.setValue(targets[i], values[i]);
-                }
-            }
-            out.setShape(piece);
-            insert.insertRow(out);
+            insertFeature(insert, *result, targets, values, piece);
         }
         if (progress && ++done % 1000 == 0) {
             progress(done, total);

@@ -3,6 +3,7 @@
 #include "platform/automation/CaseInsensitive.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/PlatformError.h"
+#include "platform/geodatabase/SqlQuote.h"
 
 #include <algorithm>
 #include <cctype>
@@ -475,26 +476,12 @@ std::string sqlPattern(std::string_view pattern)
 
 std::string quoteText(std::string_view text)
 {
-    std::string out = "'";
-    for (char c : text) {
-        out += c;
-        if (c == '\'') {
-            out += '\'';
-        }
-    }
-    return out + "'";
+    return sqlQuoted(text, '\'');
 }
 
 std::string quoteName(std::string_view name)
 {
-    std::string out = "\"";
-    for (char c : name) {
-        out += c;
-        if (c == '"') {
-            out += '"';
-        }
-    }
-    return out + "\"";
+    return sqlQuoted(name, '"');
 }
 
 } // namespace

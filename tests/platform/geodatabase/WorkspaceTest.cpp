@@ -189,8 +189,8 @@ TEST_P(Storage, RowsStoredBeforeAFailureStayChanged)
 INSTANTIATE_TEST_SUITE_P(GeoPackageAndShapefile, Storage,
                          ::testing::Values(Workspace::Kind::GeoPackage,
                                            Workspace::Kind::ShapefileFolder),
-                         [](const auto& info) {
-                             return info.param == Workspace::Kind::GeoPackage ? "GeoPackage"
+                         [](const auto& kind) {
+                             return kind.param == Workspace::Kind::GeoPackage ? "GeoPackage"
                                                                               : "Shapefile";
                          });
 
