@@ -52,6 +52,11 @@ struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// The arguments are well formed but the data does not fit them (a missing field).
+struct InputError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 /// --name value options, and bare flags.
 struct Options {
     std::map<std::string, std::string> values;
@@ -212,6 +217,9 @@ int guarded(const std::vector<std::string>& args, const char* usage, std::ostrea
     } catch (const UsageError& e) {
         err << "brevant " << args[0] << ": " << e.what() << "\n" << usage;
         return 2;
+    } catch (const InputError& e) {
+        err << "brevant " << args[0] << ": " << e.what() << "\n";
+        return 1;
     } catch (...) {
         const auto error = platform::automation::toAutomationError(std::current_exception());
         err << "brevant " << args[0] << ": " << error.description() << " (" << error.source()
@@ -234,10 +242,10 @@ int runTransfer(const std::vector<std::string>& args, std::ostream& out, std::os
         const int targetIndex = target->findField(field);
         const int sourceIndex = source->findField(sourceField);
         if (targetIndex < 2) {
-            throw UsageError("the target " + target->name() + " has no attribute " + field);
+            throw InputError("the target " + target->name() + " has no attribute " + field);
         }
         if (sourceIndex < 2) {
-            throw UsageError("the source " + source->name() + " has no attribute " + sourceField);
+            throw InputError("the source " + source->name() + " has no attribute " + sourceField);
         }
         const auto counts = platform::geodatabase::transferValues(
             *target, *source, targetIndex, sourceIndex, options.has("contained-only"),
@@ -250,42 +258,49 @@ int runTransfer(const std::vector<std::string>& args, std::ostream& out, std::os
     });
 }
 
-int runClip(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
+namespace {
+/// Runs an overlay of two sources into a scratch layer and publishes it; a failure removes
+/// the scratch layer and leaves any earlier result untouched.
+template <class Overlay>
+int runOverlay(const std::vector<std::string>& args, const char* usage, const char* second,
+               std::ostream& out, std::ostream& err, Overlay&& overlay)
 {
-    return guarded(args, kClipUsage, out, err, [&] {
-        const Options options = parse(args, {"input", "clip", "output"}, {});
+    return guarded(args, usage, out, err, [&] {
+        const std::string command = args[0];
+        const Options options = parse(args, {"input", second, "output"}, {});
         const auto start = std::chrono::steady_clock::now();
         auto input = openSource(options.required("input"), false);
-        auto clip = openSource(options.required("clip"), false);
+        auto other = openSource(options.required(second), false);
         const auto output = outputOf(options.required("output"));
-        auto result = platform::geodatabase::Geoprocessor::Clip(*input, *clip, output,
-                                                                progressBar(err, "clip"));
-        const int64_t count = result->rowCount();
-        result.reset();
-        out << "clip: " << count << " features written to " << publish(output)
-            << " of " << output.workspace.path().string() << " (" << fixed(secondsSince(start))
+        int64_t count = 0;
+        try {
+            count = overlay(*input, *other, output, progressBar(err, command))->rowCount();
+        } catch (...) {
+            Workspace scratch = output.workspace;
+            try {
+                scratch.deleteDataset(output.name);
+            } catch (...) {
+                // The overlay's own error is the one to report.
+            }
+            throw;
+        }
+        out << command << ": " << count << " features written to " << publish(output) << " of "
+            << output.workspace.path().string() << " (" << fixed(secondsSince(start))
             << " s)\n";
         return 0;
     });
 }
+} // namespace
+
+int runClip(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
+{
+    return runOverlay(args, kClipUsage, "clip", out, err, platform::geodatabase::Geoprocessor::Clip);
+}
 
 int runIntersect(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
 {
-    return guarded(args, kIntersectUsage, out, err, [&] {
-        const Options options = parse(args, {"input", "with", "output"}, {});
-        const auto start = std::chrono::steady_clock::now();
-        auto input = openSource(options.required("input"), false);
-        auto with = openSource(options.required("with"), false);
-        const auto output = outputOf(options.required("output"));
-        auto result = platform::geodatabase::Geoprocessor::Intersect(
-            *input, *with, output, progressBar(err, "intersect"));
-        const int64_t count = result->rowCount();
-        result.reset();
-        out << "intersect: " << count << " features written to " << publish(output)
-            << " of " << output.workspace.path().string() << " (" << fixed(secondsSince(start))
-            << " s)\n";
-        return 0;
-    });
+    return runOverlay(args, kIntersectUsage, "with", out, err,
+                      platform::geodatabase::Geoprocessor::Intersect);
 }
 
 } // namespace brevant::app

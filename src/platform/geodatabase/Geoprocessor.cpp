@@ -186,8 +186,12 @@ std::shared_ptr<FeatureClass> Geoprocessor::Intersect(const FeatureClass& input,
     for (auto field : attributesOf(input)) {
         attributes.push_back(field);
     }
-    attributes.push_back({"FID_" + with.name(), FieldType::Integer, 0, {}});
-    for (auto field : attributesOf(with)) {
+    std::vector<Field> second{{"FID_" + with.name(), FieldType::Integer, 0, {}}};
+    for (const auto& field : attributesOf(with)) {
+        second.push_back(field);
+    }
+    // Names the first side already uses get "_1", as when a class meets itself.
+    for (auto field : second) {
         const auto clash = [&field](const Field& f) {
             return automation::equalsIgnoreCase(f.name, field.name);
         };

@@ -1,0 +1,143 @@
+#include "app/GeoprocessingCommands.h"
+#include "platform/geodatabase/Cursor.h"
+#include "platform/geodatabase/FeatureClass.h"
+#include "platform/geodatabase/Workspace.h"
+#include "support/HostFixture.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace brevant::app {
+namespace {
+
+using platform::geodatabase::Cursor;
+using platform::geodatabase::FieldType;
+using platform::geodatabase::Fields;
+using platform::geodatabase::InsertCursor;
+using platform::geodatabase::Row;
+using platform::geodatabase::Workspace;
+using platform::geometry::Geometry;
+using platform::geometry::ShapeType;
+
+// Two hazard squares side by side with a gap, and three sites: inside the first, in the gap
+// nearer the second, and far outside.
+class GeoprocessingCommands : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        Workspace data = Workspace::createGeoPackage(path("data.gpkg"));
+        auto hazard = data.createFeatureClass(
+            "hazard", Fields({{"type", FieldType::String, 8, {}}}), ShapeType::Polygon);
+        add(*hazard, "A", "POLYGON ((0 0, 10 0, 10 10, 0 10, 0 0))");
+        add(*hazard, "B", "POLYGON ((20 0, 30 0, 30 10, 20 10, 20 0))");
+        auto sites = data.createFeatureClass(
+            "sites", Fields({{"type", FieldType::String, 8, {}}}), ShapeType::Point);
+        add(*sites, "", "POINT (5 5)");
+        add(*sites, "", "POINT (18 5)");
+        add(*sites, "", "POINT (100 100)");
+    }
+
+    static void add(platform::geodatabase::FeatureClass& table, const std::string& value,
+                    const std::string& wkt)
+    {
+        InsertCursor insert = table.insert();
+        Row row = table.createRow();
+        row.setValue(2, value);
+        row.setShape(Geometry::fromWkt(wkt));
+        insert.insertRow(row);
+    }
+
+    std::string path(const std::string& name) const { return (m_dir.path() / name).string(); }
+
+    int run(int (*command)(const std::vector<std::string>&, std::ostream&, std::ostream&),
+            std::vector<std::string> args)
+    {
+        m_out.str({});
+        m_err.str({});
+        return command(args, m_out, m_err);
+    }
+
+    std::vector<std::string> values(const std::string& source, const std::string& layer) const
+    {
+        Workspace workspace = Workspace::open(path(source), true);
+        auto table = workspace.openFeatureClass(layer);
+        std::vector<std::string> found;
+        Cursor cursor = table->search();
+        Row row;
+        while (cursor.next(row)) {
+            found.push_back(row.value(table->findField("type")).toString());
+        }
+        return found;
+    }
+
+    test::TempDir m_dir;
+    std::ostringstream m_out;
+    std::ostringstream m_err;
+};
+
+TEST_F(GeoprocessingCommands, TransferCountsContainedNearestAndUnmatched)
+{
+    const std::string sites = path("data.gpkg") + ":sites";
+    const std::string hazard = path("data.gpkg") + ":hazard";
+    ASSERT_EQ(run(runTransfer, {"transfer", "--target", sites, "--source", hazard, "--field",
+                                "type", "--contained-only"}),
+              0)
+        << m_err.str();
+    EXPECT_NE(m_out.str().find("3 features: 1 contained, 0 nearest, 2 unmatched"),
+              std::string::npos)
+        << m_out.str();
+    EXPECT_EQ(values("data.gpkg", "sites"), (std::vector<std::string>{"A", "", ""}));
+
+    ASSERT_EQ(run(runTransfer,
+                  {"transfer", "--target", sites, "--source", hazard, "--field", "type"}),
+              0);
+    EXPECT_NE(m_out.str().find("3 features: 1 contained, 2 nearest, 0 unmatched"),
+              std::string::npos)
+        << m_out.str();
+    EXPECT_EQ(values("data.gpkg", "sites"), (std::vector<std::string>{"A", "B", "B"}));
+}
+
+TEST_F(GeoprocessingCommands, BadInputIsAClearErrorAndChangesNothing)
+{
+    const std::string sites = path("data.gpkg") + ":sites";
+    EXPECT_EQ(run(runTransfer, {"transfer", "--target", sites, "--source",
+                                path("data.gpkg") + ":hazard", "--field", "depth"}),
+              1);
+    EXPECT_EQ(m_err.str(), "brevant transfer: the target sites has no attribute depth\n");
+    EXPECT_EQ(run(runTransfer, {"transfer", "--target", sites, "--source",
+                                path("data.gpkg") + ":flood", "--field", "type"}),
+              1);
+    EXPECT_NE(m_err.str().find("flood"), std::string::npos) << m_err.str();
+    EXPECT_EQ(run(runClip, {"clip", "--input", sites}), 2) << "missing options are usage errors";
+    EXPECT_NE(m_err.str().find("missing --clip"), std::string::npos) << m_err.str();
+    EXPECT_EQ(values("data.gpkg", "sites"), (std::vector<std::string>{"", "", ""}));
+}
+
+TEST_F(GeoprocessingCommands, FailedOverlayKeepsTheEarlierResult)
+{
+    const std::string output = path("out.gpkg") + ":kept";
+    ASSERT_EQ(run(runClip, {"clip", "--input", path("data.gpkg") + ":sites", "--clip",
+                            path("data.gpkg") + ":hazard", "--output", output}),
+              0)
+        << m_err.str();
+    EXPECT_NE(m_out.str().find("clip: 1 features written to kept"), std::string::npos)
+        << m_out.str();
+
+    // Points cannot clip: the run fails after the output was opened.
+    EXPECT_EQ(run(runClip, {"clip", "--input", path("data.gpkg") + ":hazard", "--clip",
+                            path("data.gpkg") + ":sites", "--output", output}),
+              1);
+    EXPECT_NE(m_err.str().find("must hold polygons"), std::string::npos) << m_err.str();
+    EXPECT_EQ(values("out.gpkg", "kept"), (std::vector<std::string>{""}));
+    EXPECT_EQ(Workspace::open(path("out.gpkg"), true).datasetNames(),
+              (std::vector<std::string>{"kept"}));
+
+    ASSERT_EQ(run(runIntersect, {"intersect", "--input", path("data.gpkg") + ":hazard", "--with",
+                                 path("data.gpkg") + ":hazard", "--output", output}),
+              0)
+        << m_err.str();
+    EXPECT_NE(m_out.str().find("intersect: 2 features"), std::string::npos) << m_out.str();
+}
+
+} // namespace
+} // namespace brevant::app
