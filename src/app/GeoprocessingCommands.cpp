@@ -1,21 +1,15 @@
 #include "app/GeoprocessingCommands.h"
 
-#include "platform/automation/AutomationError.h"
+#include "app/CommandOptions.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/Geoprocessor.h"
 #include "platform/geodatabase/ValueTransfer.h"
 #include "platform/geodatabase/Workspace.h"
 
-#include <unistd.h>
-
 #include <chrono>
 #include <cstring>
-#include <cstdio>
 #include <filesystem>
-#include <iostream>
-#include <map>
 #include <ostream>
-#include <stdexcept>
 
 namespace brevant::app {
 
@@ -48,94 +42,6 @@ replaced).
 )";
 
 namespace {
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-/// The arguments are well formed but the data does not fit them (a missing field).
-struct InputError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-/// --name value options, and bare flags.
-struct Options {
-    std::map<std::string, std::string> values;
-    std::vector<std::string> flags;
-
-    const std::string& required(const std::string& name) const
-    {
-        const auto found = values.find(name);
-        if (found == values.end()) {
-            throw UsageError("missing --" + name);
-        }
-        return found->second;
-    }
-    std::string optional(const std::string& name, const std::string& fallback) const
-    {
-        const auto found = values.find(name);
-        return found == values.end() ? fallback : found->second;
-    }
-    bool has(const std::string& flag) const
-    {
-        return std::find(flags.begin(), flags.end(), flag) != flags.end();
-    }
-};
-
-Options parse(const std::vector<std::string>& args, const std::vector<std::string>& valueNames,
-              const std::vector<std::string>& flagNames)
-{
-    Options options;
-    for (std::size_t i = 1; i < args.size(); ++i) {
-        const std::string& arg = args[i];
-        if (arg.rfind("--", 0) != 0) {
-            throw UsageError("unexpected argument " + arg);
-        }
-        const std::string name = arg.substr(2);
-        if (std::find(flagNames.begin(), flagNames.end(), name) != flagNames.end()) {
-            options.flags.push_back(name);
-        } else if (std::find(valueNames.begin(), valueNames.end(), name) != valueNames.end()) {
-            if (i + 1 == args.size()) {
-                throw UsageError(arg + " needs a value");
-            }
-            options.values[name] = args[++i];
-        } else {
-            throw UsageError("unknown option " + arg);
-        }
-    }
-    return options;
-}
-
-struct Source {
-    fs::path path;
-    std::string layer;
-};
-
-/// PATH or PATH:LAYER; a path that exists as written wins over the split.
-Source splitSource(const std::string& text)
-{
-    std::error_code ec;
-    const auto colon = text.rfind(':');
-    if (fs::exists(text, ec) || colon == std::string::npos || colon == 0) {
-        return {text, {}};
-    }
-    return {text.substr(0, colon), text.substr(colon + 1)};
-}
-
-std::shared_ptr<FeatureClass> openSource(const std::string& text, bool writable)
-{
-    const Source source = splitSource(text);
-    Workspace workspace = Workspace::open(source.path, !writable);
-    std::string layer = source.layer;
-    if (layer.empty()) {
-        const auto names = workspace.datasetNames();
-        if (names.size() != 1) {
-            throw UsageError(source.path.string() + " holds " + std::to_string(names.size()) +
-                             " layers; name one as PATH:LAYER");
-        }
-        layer = names.front();
-    }
-    return workspace.openFeatureClass(layer);
-}
 
 // The result is written under a scratch name and takes the requested name only once it is
 // complete, so a failure leaves an earlier result of that name as it was.
@@ -166,77 +72,17 @@ std::string publish(const platform::geodatabase::OutputDescription& output)
     return layer;
 }
 
-/// Progress on stderr: a bar redrawn in place on a terminal, a line per quarter in a log.
-auto progressBar(std::ostream& err, const std::string& label)
-{
-    const bool terminal = &err == &std::cerr && isatty(STDERR_FILENO);
-    return [&err, label, terminal, last = -1](int64_t done, int64_t total) mutable {
-        const int percent = total > 0 ? static_cast<int>(100 * done / total) : 100;
-        const int step = terminal ? percent : percent / 25 * 25;
-        if (step == last) {
-            return;
-        }
-        last = step;
-        if (!terminal) {
-            err << label << ": " << percent << "% (" << done << "/" << total << ")\n";
-            return;
-        }
-        const int filled = percent / 5;
-        err << '\r' << label << " [" << std::string(filled, '#') << std::string(20 - filled, ' ')
-            << "] " << percent << "% (" << done << "/" << total << ")" << std::flush;
-        if (percent >= 100) {
-            err << '\n';
-        }
-    };
-}
-
-double secondsSince(std::chrono::steady_clock::time_point start)
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-std::string fixed(double value)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.2f", value);
-    return text;
-}
-
-template <class Body>
-int guarded(const std::vector<std::string>& args, const char* usage, std::ostream& out,
-            std::ostream& err, Body&& body)
-{
-    for (const auto& arg : args) {
-        if (arg == "--help" || arg == "-h") {
-            out << usage;
-            return 0;
-        }
-    }
-    try {
-        return body();
-    } catch (const UsageError& e) {
-        err << "brevant " << args[0] << ": " << e.what() << "\n" << usage;
-        return 2;
-    } catch (const InputError& e) {
-        err << "brevant " << args[0] << ": " << e.what() << "\n";
-        return 1;
-    } catch (...) {
-        const auto error = platform::automation::toAutomationError(std::current_exception());
-        err << "brevant " << args[0] << ": " << error.description() << " (" << error.source()
-            << " " << error.hex() << ")\n";
-        return 1;
-    }
-}
 } // namespace
 
 int runTransfer(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
 {
-    return guarded(args, kTransferUsage, out, err, [&] {
+    return guarded(args, "transfer", kTransferUsage, out, err, [&] {
         const Options options =
-            parse(args, {"target", "source", "field", "source-field"}, {"contained-only"});
+            parseOptions(args, 1, {"target", "source", "field", "source-field"}, {"contained-only"});
+        options.expectPositional(0, "");
         const auto start = std::chrono::steady_clock::now();
-        auto target = openSource(options.required("target"), true);
-        auto source = openSource(options.required("source"), false);
+        auto target = openSource(splitSource(options.required("target")), true);
+        auto source = openSource(splitSource(options.required("source")), false);
         const std::string field = options.required("field");
         const std::string sourceField = options.optional("source-field", field);
         const int targetIndex = target->findField(field);
@@ -265,12 +111,13 @@ template <class Overlay>
 int runOverlay(const std::vector<std::string>& args, const char* usage, const char* second,
                std::ostream& out, std::ostream& err, Overlay&& overlay)
 {
-    return guarded(args, usage, out, err, [&] {
-        const std::string command = args[0];
-        const Options options = parse(args, {"input", second, "output"}, {});
+    const std::string command = args[0];
+    return guarded(args, command, usage, out, err, [&] {
+        const Options options = parseOptions(args, 1, {"input", second, "output"}, {});
+        options.expectPositional(0, "");
         const auto start = std::chrono::steady_clock::now();
-        auto input = openSource(options.required("input"), false);
-        auto other = openSource(options.required(second), false);
+        auto input = openSource(splitSource(options.required("input")), false);
+        auto other = openSource(splitSource(options.required(second)), false);
         const auto output = outputOf(options.required("output"));
         int64_t count = 0;
         try {
