@@ -4,6 +4,7 @@
 #include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/SqlQuote.h"
 
+#include <algorithm>
 #include <mutex>
 #include <vector>
 
@@ -166,6 +167,78 @@ void writeValue(OGRFeature& feature, int ogrIndex, FieldType type, const Variant
     }
 }
 
+namespace {
+void collectParts(const OGRGeometry& geometry, std::vector<std::vector<geometry::Point>>& rings,
+                  std::vector<std::vector<geometry::Point>>& paths,
+                  std::vector<geometry::Point>& points)
+{
+    const auto pointsOf = [](const OGRSimpleCurve& curve) {
+        std::vector<geometry::Point> out;
+        for (int i = 0; i < curve.getNumPoints(); ++i) {
+            out.push_back({curve.getX(i), curve.getY(i)});
+        }
+        return out;
+    };
+    const auto distinct = [](const std::vector<geometry::Point>& part) {
+        std::vector<geometry::Point> sorted = part;
+        std::sort(sorted.begin(), sorted.end(), [](const auto& a, const auto& b) {
+            return a.x < b.x || (a.x == b.x && a.y < b.y);
+        });
+        return static_cast<std::size_t>(std::unique(sorted.begin(), sorted.end()) - sorted.begin());
+    };
+    switch (wkbFlatten(geometry.getGeometryType())) {
+    case wkbPoint:
+        if (!geometry.IsEmpty()) {
+            points.push_back({geometry.toPoint()->getX(), geometry.toPoint()->getY()});
+        }
+        break;
+    case wkbLineString: {
+        auto path = pointsOf(*geometry.toLineString());
+        if (distinct(path) >= 2) {
+            paths.push_back(std::move(path));
+        }
+        break;
+    }
+    case wkbPolygon:
+        for (const OGRLinearRing* ring : *geometry.toPolygon()) {
+            auto closed = pointsOf(*ring);
+            if (distinct(closed) >= 3) {
+                rings.push_back(std::move(closed));
+            }
+        }
+        break;
+    case wkbMultiPoint:
+    case wkbMultiLineString:
+    case wkbMultiPolygon:
+    case wkbGeometryCollection:
+        for (const OGRGeometry* member : *geometry.toGeometryCollection()) {
+            collectParts(*member, rings, paths, points);
+        }
+        break;
+    default:
+        break;
+    }
+}
+
+geometry::Geometry rebuiltWithoutDegenerateParts(const OGRGeometry& geometry)
+{
+    std::vector<std::vector<geometry::Point>> rings;
+    std::vector<std::vector<geometry::Point>> paths;
+    std::vector<geometry::Point> points;
+    collectParts(geometry, rings, paths, points);
+    if (!rings.empty()) {
+        return geometry::Geometry::polygon(rings);
+    }
+    if (!paths.empty()) {
+        return geometry::Geometry::polyline(paths);
+    }
+    if (points.size() == 1) {
+        return geometry::Geometry::point(points.front());
+    }
+    return points.empty() ? geometry::Geometry() : geometry::Geometry::multipoint(points);
+}
+} // namespace
+
 geometry::Geometry toGeometry(const OGRGeometry* geometry)
 {
     if (!geometry || geometry->IsEmpty()) {
@@ -179,7 +252,13 @@ geometry::Geometry toGeometry(const OGRGeometry* geometry)
     thread_local std::vector<unsigned char> wkb;
     wkb.resize(static_cast<std::size_t>(geometry->WkbSize()));
     geometry->exportToWkb(wkbNDR, wkb.data(), wkbVariantIso);
-    return geometry::Geometry::fromWkb(wkb);
+    try {
+        return geometry::Geometry::fromWkb(wkb);
+    } catch (const automation::PlatformError&) {
+        // Files in the wild hold paths of one point and rings of two; GEOS refuses to build
+        // them. Rebuilt without those parts, the shape can still be repaired and used.
+        return rebuiltWithoutDegenerateParts(*geometry);
+    }
 }
 
 std::unique_ptr<OGRGeometry> toOgr(const geometry::Geometry& geometry)

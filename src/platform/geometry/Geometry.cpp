@@ -669,6 +669,21 @@ Point Geometry::nearestPoint(const Point& p) const
     return result;
 }
 
+Point Geometry::interiorPoint() const
+{
+    if (isEmpty()) {
+        failNull("cannot find a point inside");
+    }
+    const GeometryPtr point(
+        check(GEOSPointOnSurface_r(context(), m_geometry.get()), "cannot find a point inside"));
+    Point result;
+    if (!GEOSGeomGetX_r(context(), point.get(), &result.x) ||
+        !GEOSGeomGetY_r(context(), point.get(), &result.y)) {
+        geos::fail("cannot find a point inside");
+    }
+    return result;
+}
+
 Geometry Geometry::makeValid() const
 {
     if (!m_geometry || isValid()) {

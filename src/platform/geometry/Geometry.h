@@ -86,6 +86,9 @@ public:
     Geometry clipToEnvelope(const Envelope& box) const;
     /// The point of this shape (a polyline, or a polygon's boundary) nearest to `p`.
     Point nearestPoint(const Point& p) const;
+    /// A point inside the shape (on it, for lines and points), as a label or a representative
+    /// location is placed; throws for a null or empty shape.
+    Point interiorPoint() const;
     /// Repairs an invalid polygon (self-intersections, wrong nesting); valid shapes pass
     /// unchanged.
     Geometry makeValid() const;

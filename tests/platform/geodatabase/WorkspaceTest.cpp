@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <fstream>
 
 namespace brevant::platform::geodatabase {
@@ -248,6 +249,24 @@ TEST(WorkspaceFiles, ReadOnlyWorkspaceRefusesWrites)
     auto table = readOnly.openTable("t");
     EXPECT_THROW(table->update(), automation::PlatformError);
     EXPECT_THROW(table->addField({"x", FieldType::Double, 0, {}}), automation::PlatformError);
+}
+
+TEST(WorkspaceFiles, ForeignFilesWithDegeneratePartsStillRead)
+{
+    // A polygon whose second part is a two-point ring, and a path whose second part is a point.
+    test::TempDir dir;
+    std::ofstream(dir.path() / "zones.geojson") << R"({"type": "FeatureCollection", "features": [
+        {"type": "Feature", "properties": {"id": 1}, "geometry": {"type": "MultiPolygon",
+         "coordinates": [[[[0,0],[4,0],[4,4],[0,4],[0,0]]], [[[9,9],[9,8],[9,9]]]]}},
+        {"type": "Feature", "properties": {"id": 2}, "geometry": {"type": "MultiLineString",
+         "coordinates": [[[0,0],[1,1]], [[5,5]]]}}]})";
+    Workspace workspace = Workspace::open(dir.path() / "zones.geojson", true);
+    Cursor cursor = workspace.openFeatureClass(workspace.datasetNames().front())->search();
+    Row row;
+    ASSERT_TRUE(cursor.next(row));
+    EXPECT_DOUBLE_EQ(row.shape().area(), 16.0);
+    ASSERT_TRUE(cursor.next(row));
+    EXPECT_DOUBLE_EQ(row.shape().length(), std::sqrt(2.0));
 }
 
 } // namespace

@@ -201,6 +201,13 @@ TEST(GeometryOperations, DistanceBufferAndNearestPoint)
     EXPECT_EQ(path.nearestPoint({12, 7}), (Point{10, 7}));
     EXPECT_EQ(Geometry::polygon({square(0, 0, 10)}).nearestPoint({8, 5}), (Point{10, 5}))
         << "a polygon's nearest point is on its boundary even from inside";
+
+    // A C shape's centre lies outside it; its interior point must not.
+    const Geometry c = Geometry::polygon({{{0, 0}, {10, 0}, {10, 2}, {2, 2}, {2, 8}, {10, 8},
+                                           {10, 10}, {0, 10}}});
+    EXPECT_TRUE(c.contains(Geometry::point(c.interiorPoint())));
+    EXPECT_EQ(path.interiorPoint(), (Point{10, 0}));
+    EXPECT_THROW(Geometry().interiorPoint(), automation::PlatformError);
 }
 
 TEST(GeometryOperations, OverlayAndClip)
