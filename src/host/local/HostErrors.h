@@ -14,6 +14,8 @@ inline constexpr int32_t MissingFile = platform::automation::ErrorNumber::HostBa
 inline constexpr int32_t MalformedFile = platform::automation::ErrorNumber::HostBase + 2;
 inline constexpr int32_t UnknownKey = platform::automation::ErrorNumber::HostBase + 3;
 inline constexpr int32_t NoCurrentRegion = platform::automation::ErrorNumber::HostBase + 4;
+/// A user's file, layer, field or value that an administration command cannot use.
+inline constexpr int32_t InvalidInput = platform::automation::ErrorNumber::HostBase + 5;
 } // namespace HostError
 
 inline constexpr const char* kHostSource = "Brevant.LocalHost";

@@ -1,6 +1,7 @@
 #include "host/local/HostRoot.h"
 
 #include "host/local/HostErrors.h"
+#include "platform/automation/CaseInsensitive.h"
 
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -189,6 +190,18 @@ const HostRoot::Region& HostRoot::regionByNumber(int32_t number) const
     }
     hostError(HostError::UnknownKey, "region number " + std::to_string(number) +
                                          " is not listed in " + hostFile().string());
+}
+
+const HostRoot::Region& HostRoot::regionNamed(const std::string& name) const
+{
+    const std::string& wanted = name.empty() ? currentRegion() : name;
+    for (const auto& region : m_regions) {
+        if (platform::automation::equalsIgnoreCase(region.name, wanted)) {
+            return region;
+        }
+    }
+    hostError(HostError::UnknownKey,
+              "region " + wanted + " is not listed in " + hostFile().string());
 }
 
 } // namespace brevant::host::local

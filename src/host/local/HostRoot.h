@@ -53,6 +53,9 @@ public:
     const std::vector<Region>& regions() const { return m_regions; }
     /// Adds a region or replaces the one of the same name.
     void putRegion(Region region);
+    /// The region of that name (without regard to case; empty: the current region); throws a
+    /// host error when there is none.
+    const Region& regionNamed(const std::string& name) const;
     /// The region with that number; throws a host error when there is none.
     const Region& regionByNumber(int32_t number) const;
 

@@ -79,6 +79,13 @@ Variant LocalGisDataService::GetBoundaryClass(int16_t kind, int16_t /*option*/,
     case 8:
         className = "hzCounty";
         break;
+    case 2:
+    case 3: {
+        // The scenario faults of the east and the west half of the country.
+        const auto host = HostRoot::load(m_root);
+        return OpenFeatureClass(kind == 2 ? "eqSrEastFault" : "eqSrWestFault",
+                                host.scenarioFolder() + "SrScenario.mdb");
+    }
     default:
         hostError(HostError::UnknownKey,
                   "region map " + std::to_string(kind) + " is not one the reference host keeps");

@@ -12,9 +12,13 @@
 #include "host/UserMapRegistry.h"
 #include "host/local/HostRoot.h"
 #include "host/local/LocalGisDataService.h"
+#include "host/local/LocalInventoryCatalogService.h"
 #include "host/local/LocalRegionContextService.h"
 #include "host/local/LocalRegionHazardService.h"
 #include "host/local/LocalRegionSettingsStore.h"
+#include "host/local/LocalSymbolCatalog.h"
+#include "host/local/LocalThematicClassSettings.h"
+#include "host/local/LocalUserMapRegistry.h"
 
 namespace brevant::host::local {
 
@@ -50,7 +54,7 @@ std::shared_ptr<RegionSelectionStore> LocalHostServices::createRegionSelectionSt
 
 std::shared_ptr<InventoryCatalogService> LocalHostServices::createInventoryCatalogService()
 {
-    return std::make_shared<InventoryCatalogService>();
+    return std::make_shared<LocalInventoryCatalogService>(m_root);
 }
 
 std::shared_ptr<GisUtilityService> LocalHostServices::createGisUtilityService()
@@ -60,7 +64,7 @@ std::shared_ptr<GisUtilityService> LocalHostServices::createGisUtilityService()
 
 std::shared_ptr<UserMapRegistry> LocalHostServices::createUserMapRegistry()
 {
-    return std::make_shared<UserMapRegistry>();
+    return std::make_shared<LocalUserMapRegistry>(m_root);
 }
 
 std::shared_ptr<ScenarioService> LocalHostServices::createScenarioService()
@@ -80,12 +84,12 @@ std::shared_ptr<GridSettingsService> LocalHostServices::createGridSettingsServic
 
 std::shared_ptr<SymbolCatalog> LocalHostServices::createSymbolCatalog()
 {
-    return std::make_shared<SymbolCatalog>();
+    return std::make_shared<LocalSymbolCatalog>(m_root);
 }
 
 std::shared_ptr<ThematicClassSettings> LocalHostServices::createThematicClassSettings()
 {
-    return std::make_shared<ThematicClassSettings>();
+    return std::make_shared<LocalThematicClassSettings>(m_root);
 }
 
 } // namespace brevant::host::local

@@ -98,6 +98,12 @@ std::shared_ptr<WorkspaceData> openDataset(const fs::path& path, Workspace::Kind
     auto data = std::make_shared<WorkspaceData>();
     data->dataset.reset(GDALDataset::FromHandle(
         GDALOpenEx(path.string().c_str(), flags, drivers, nullptr, nullptr)));
+    if (!data->dataset && readOnly && kind == Workspace::Kind::GeoPackage) {
+        // GDAL opens a GeoPackage without tables only for update; the workspace still refuses
+        // to write.
+        data->dataset.reset(GDALDataset::FromHandle(GDALOpenEx(
+            path.string().c_str(), GDAL_OF_VECTOR | GDAL_OF_UPDATE, drivers, nullptr, nullptr)));
+    }
     if (!data->dataset) {
         errors.fail("cannot open workspace " + path.string());
     }

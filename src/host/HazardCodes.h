@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace brevant::host {
+
+/// A hazard parameter code: the four-letter key by which the host registers the user's maps.
+struct HazardCode {
+    enum class Group {
+        /// Site conditions, clipped into RegionBndry.mdb.
+        Site,
+        /// Inundation depths, intersected with the tracts into Inundation.mdb.
+        Inundation,
+        /// Ground motion and ground failure, read where the user's map lies.
+        GroundMotion,
+    };
+    /// How the value field stores its values.
+    enum class Value { Text, Category, Real };
+
+    std::string code;
+    std::string description;
+    Group group;
+    /// The class that keeps the region's copy, and its database; empty for ground motion.
+    std::string regionClass;
+    std::string regionDatabase;
+    /// "Type", "type" or "paramvalue".
+    std::string valueField;
+    Value value;
+    /// The thematic map type of the code's map; 0 when the caller gives it.
+    int thematicType;
+};
+
+/// All codes, site conditions first, in the order the maps are processed.
+const std::vector<HazardCode>& hazardCodes();
+/// The code, compared without regard to case; nullopt when it is not a hazard code.
+std::optional<HazardCode> findHazardCode(std::string_view code);
+
+} // namespace brevant::host
