@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 
 #include "BrevantClasses.h"
+#include "app/AdminCommands.h"
 #include "app/GeoprocessingCommands.h"
 #include "app/ScriptRunner.h"
 #include "host/HostServices.h"
@@ -28,6 +29,10 @@ Commands:
   transfer    Copy a polygon field onto the features inside (or nearest to) them
   clip        Clip features by polygons into a GeoPackage layer
   intersect   Intersect two sources into a GeoPackage layer
+  host        host init: write an empty host root
+  region      region create, region list: study regions from the user's files
+  map         map register, map list: the user's hazard maps of a region
+  inventory   inventory add: an inventory class of a region, optionally loaded from a file
   help        Show help for a command
 
 Run 'brevant COMMAND --help' for the options of a command.
@@ -209,8 +214,12 @@ int runCommandLine(const std::vector<std::string>& args, std::istream& in, std::
             {"call", kCallUsage},         {"script", kScriptUsage}, {"transfer", kTransferUsage},
             {"clip", kClipUsage},         {"intersect", kIntersectUsage}};
         const auto found = usages.find(topic);
-        out << (found == usages.end() ? kUsage : found->second);
+        const char* admin = adminUsage(topic);
+        out << (found != usages.end() ? found->second : admin ? admin : kUsage);
         return 0;
+    }
+    if (adminUsage(command)) {
+        return runAdmin(args, out, err);
     }
     if (command == "transfer") {
         return runTransfer(args, out, err);
