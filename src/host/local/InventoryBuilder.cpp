@@ -1,5 +1,6 @@
 #include "host/local/InventoryBuilder.h"
 
+#include "host/local/DefaultCatalogues.h"
 #include "host/local/HostErrors.h"
 #include "host/local/HostRoot.h"
 #include "host/local/RegionDatabase.h"
@@ -370,6 +371,8 @@ InventoryReport addInventory(const fs::path& root, const InventoryRequest& reque
         tabular.execute("COMMIT");
         catalogue.putInventoryClass(
             {request.className, result.database, std::string(1, kind), result.hazardTable});
+        // A new class draws with a symbol of its own name; known ones keep theirs.
+        addSymbol(host.systemDataFolder(), request.className, kind);
     } catch (...) {
         // The server tables went with their uncommitted transaction.
         for (const auto& schema : schemas) {

@@ -4,6 +4,7 @@
 #include "host/local/InventoryBuilder.h"
 #include "host/local/LocalHostServices.h"
 #include "host/local/LocalInventoryCatalogService.h"
+#include "host/local/LocalSymbolCatalog.h"
 #include "host/local/LocalUserMapRegistry.h"
 #include "host/local/MapRegistration.h"
 #include "host/local/RegionBuilder.h"
@@ -262,6 +263,10 @@ TEST_F(RegionAdmin, InventoryIsCataloguedAndLoadedInsideTheRegion)
 
     InventoryRequest roads{"", "hzHighwaySegment", 'L', "", std::nullopt, ""};
     EXPECT_EQ(addInventory(m_root, roads).hazardTable, "EqHighwaySegmenthft");
+    InventoryRequest shelters{"", "hzCoolingCenter", 'p', "", std::nullopt, ""};
+    EXPECT_EQ(addInventory(m_root, shelters).database, "uds.mdb");
+    EXPECT_GT(LocalSymbolCatalog(m_root).OpenSymbol("hzCoolingCenter"), 0)
+        << "a class of the user's own gets a symbol";
 
     LocalInventoryCatalogService catalogue(m_root);
     Variant names;
@@ -272,7 +277,8 @@ TEST_F(RegionAdmin, InventoryIsCataloguedAndLoadedInsideTheRegion)
     for (const auto& name : names.array().elements()) {
         listed.push_back(name.toString());
     }
-    EXPECT_EQ(listed, (std::vector<std::string>{"eqTract", "eqGrid", "hzSchool", "hzHighwaySegment"}));
+    EXPECT_EQ(listed, (std::vector<std::string>{"eqTract", "eqGrid", "hzSchool", "hzHighwaySegment",
+                                                "hzCoolingCenter"}));
     EXPECT_EQ(catalogue.GetHazardTableName("hzHighwaySegment"), "EqHighwaySegmenthft");
     EXPECT_EQ(catalogue.GetDatabaseName("HZSCHOOL"), "ef.mdb");
     EXPECT_THROW(catalogue.GetDatabaseName("hzNothing"), PlatformError);
