@@ -1,6 +1,7 @@
 #include "host/local/DefaultCatalogues.h"
 
 #include "host/local/HostErrors.h"
+#include "host/local/JsonFiles.h"
 #include "host/local/LocalSymbolCatalog.h"
 #include "host/local/LocalThematicClassSettings.h"
 #include "platform/automation/CaseInsensitive.h"
@@ -190,11 +191,13 @@ json uniqueValues(const std::string& title, const char* fieldKind, const std::ve
 json inundation(int type, const std::string& title)
 {
     return {{"type", type},
-            {"description", title + " areas by hazard level"},
+            {"description", title + " areas by depth of water"},
             {"uniqueValues", uniqueValues(title, "C",
-                                          {{"L", "Low", rgb(189, 215, 231)},
-                                           {"M", "Moderate", rgb(107, 174, 214)},
-                                           {"H", "High", rgb(33, 113, 181)}})}};
+                                          {{"0-1 ft", "Less than 1 ft", rgb(198, 219, 239)},
+                                           {"1-3 ft", "1 to 3 ft", rgb(158, 202, 225)},
+                                           {"3-6 ft", "3 to 6 ft", rgb(107, 174, 214)},
+                                           {"6-10 ft", "6 to 10 ft", rgb(49, 130, 189)},
+                                           {"10+ ft", "More than 10 ft", rgb(8, 81, 156)}})}};
 }
 
 json defaultClassSettings()
@@ -418,17 +421,7 @@ std::string logoBitmap()
 
 json readSymbols(const fs::path& file)
 {
-    std::ifstream in(file);
-    if (!in) {
-        hostError(HostError::MissingFile,
-                  "cannot read " + file.string() + ": the host has no symbol catalogue");
-    }
-    json doc;
-    try {
-        doc = json::parse(in);
-    } catch (const json::exception& e) {
-        hostError(HostError::MalformedFile, file.string() + " is not valid JSON: " + e.what());
-    }
+    json doc = readJsonFile(file, "the host has no symbol catalogue");
     if (!doc.is_object() || !doc.contains("symbols") || !doc.at("symbols").is_array()) {
         hostError(HostError::MalformedFile,
                   file.string() + " must hold an object with a \"symbols\" array");

@@ -1,6 +1,7 @@
 #include "host/local/HostRoot.h"
 
 #include "host/local/HostErrors.h"
+#include "host/local/JsonFiles.h"
 #include "platform/automation/CaseInsensitive.h"
 
 #include <fstream>
@@ -48,17 +49,7 @@ HostRoot HostRoot::load(const fs::path& root)
     }
     HostRoot host(root);
     const fs::path file = host.hostFile();
-    std::ifstream in(file);
-    if (!in) {
-        hostError(HostError::MissingFile,
-                  "cannot read " + file.string() + ": the host root has no host.json");
-    }
-    json doc;
-    try {
-        doc = json::parse(in);
-    } catch (const json::exception& e) {
-        hostError(HostError::MalformedFile, file.string() + " is not valid JSON: " + e.what());
-    }
+    const json doc = readJsonFile(file, "the host root has no host.json");
     if (!doc.is_object()) {
         hostError(HostError::MalformedFile, file.string() + " must hold a JSON object");
     }

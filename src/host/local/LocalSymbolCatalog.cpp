@@ -2,6 +2,7 @@
 
 #include "host/local/HostErrors.h"
 #include "host/local/HostRoot.h"
+#include "host/local/JsonFiles.h"
 #include "platform/automation/CaseInsensitive.h"
 
 #include <algorithm>
@@ -268,22 +269,7 @@ private:
     std::string colour(const json& item, const char* key)
     {
         const std::string value = text(item, key);
-        int components = 0;
-        std::size_t start = 0;
-        bool valid = true;
-        while (valid && start <= value.size()) {
-            const std::size_t comma = std::min(value.find(',', start), value.size());
-            std::string part = value.substr(start, comma - start);
-            part.erase(0, part.find_first_not_of(' '));
-            part.erase(part.find_last_not_of(' ') + 1);
-            valid = !part.empty() && part.size() <= 3 &&
-                    std::all_of(part.begin(), part.end(),
-                                [](unsigned char c) { return std::isdigit(c); }) &&
-                    std::stoi(part) <= 255;
-            ++components;
-            start = comma + 1;
-        }
-        if (!valid || components != 3) {
+        if (!isColourText(value)) {
             fail(std::string("has \"") + key + "\" \"" + value +
                  "\"; a colour is \"red,green,blue\" with components 0 to 255");
         }
@@ -324,17 +310,7 @@ private:
 
 json readCatalogue(const fs::path& file)
 {
-    std::ifstream in(file);
-    if (!in) {
-        hostError(HostError::MissingFile,
-                  "cannot read " + file.string() + ": the host has no symbol catalogue");
-    }
-    json doc;
-    try {
-        doc = json::parse(in);
-    } catch (const json::exception& e) {
-        hostError(HostError::MalformedFile, file.string() + " is not valid JSON: " + e.what());
-    }
+    json doc = readJsonFile(file, "the host has no symbol catalogue");
     if (!doc.is_object() || !doc.contains("symbols") || !doc.at("symbols").is_array()) {
         hostError(HostError::MalformedFile,
                   file.string() + " must hold an object with a \"symbols\" array");

@@ -108,7 +108,7 @@ TEST_F(ClassSettingsFile, UniqueValueTypesListTheCategoriesOfTheirDataMaps)
         const char* kind;
         std::vector<std::string> values;
     };
-    const std::vector<std::string> levels = {"L", "M", "H"};
+    const std::vector<std::string> levels = {"0-1 ft", "1-3 ft", "3-6 ft", "6-10 ft", "10+ ft"};
     const Expected maps[] = {
         {8, "C", {"A", "B", "C", "D", "E"}},
         {10, "N", {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9", "10"}},
