@@ -12,6 +12,10 @@ namespace brevant::app {
 /// action. A summary goes to `out`, progress to `err`. Returns the exit status.
 int runAdmin(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
+/// `brevant sample-host DIR [--size small|medium|large] [--seed N]`.
+int runSampleHost(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+extern const char* const kSampleHostUsage;
+
 /// The usage of a command group, or nullptr for another word.
 const char* adminUsage(const std::string& group);
 

@@ -33,6 +33,7 @@ Commands:
   region      region create, region list: study regions from the user's files
   map         map register, map list: the user's hazard maps of a region
   inventory   inventory add: an inventory class of a region, optionally loaded from a file
+  sample-host Write a complete sample host root built from synthetic files
   help        Show help for a command
 
 Run 'brevant COMMAND --help' for the options of a command.
@@ -214,12 +215,15 @@ int runCommandLine(const std::vector<std::string>& args, std::istream& in, std::
             {"call", kCallUsage},         {"script", kScriptUsage}, {"transfer", kTransferUsage},
             {"clip", kClipUsage},         {"intersect", kIntersectUsage}};
         const auto found = usages.find(topic);
-        const char* admin = adminUsage(topic);
+        const char* admin = topic == "sample-host" ? kSampleHostUsage : adminUsage(topic);
         out << (found != usages.end() ? found->second : admin ? admin : kUsage);
         return 0;
     }
     if (adminUsage(command)) {
         return runAdmin(args, out, err);
+    }
+    if (command == "sample-host") {
+        return runSampleHost(args, out, err);
     }
     if (command == "transfer") {
         return runTransfer(args, out, err);

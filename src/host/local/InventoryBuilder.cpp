@@ -118,7 +118,10 @@ std::vector<Feature> readFeatures(const InventoryRequest& request, char kind, in
     const int idIndex = request.idField.empty()
                             ? -1
                             : requireField(*source, *request.from, request.idField, {}, "identifier");
-    const int nameIndex = source->findField("Name");
+    const int nameIndex =
+        request.nameField.empty()
+            ? source->findField("Name")
+            : requireField(*source, *request.from, request.nameField, {}, "name");
     ShapeImporter import(source->spatialReference(),
                          kind == 'P' ? ShapeType::Point : ShapeType::Polyline);
     std::vector<Feature> features;

@@ -24,6 +24,8 @@ struct InventoryRequest {
     std::optional<VectorSource> from;
     /// Field of the user's identifiers; empty: identifiers are generated.
     std::string idField;
+    /// Field of the features' names; empty: the source's Name field, if it has one.
+    std::string nameField;
 };
 
 struct InventoryReport {

@@ -217,7 +217,8 @@ bool isInventoryData(std::string_view name)
 }
 
 /// Writes the region into `folder`, which does not exist yet.
-void writeRegion(const fs::path& folder, const std::string& name, int32_t number,
+void writeRegion(const fs::path& folder, const std::string& finalFolder, const std::string& name,
+                 int32_t number,
                  const RegionRequest& request, const Geometry& boundary,
                  const std::vector<Unit>& tracts, const std::vector<Unit>& counties,
                  const std::function<void(const std::string&)>& progress)
@@ -283,6 +284,9 @@ void writeRegion(const fs::path& folder, const std::string& name, int32_t number
     settings.write("General", "CurrentRegionID", std::to_string(number));
     settings.write("GENERAL", "EorW", boundary.interiorPoint().x < kEastWestMeridian ? "W" : "E");
     settings.write("PESH", "ScenarioID", "0");
+    // No flood-view output yet; its file dialog opens in the region folder.
+    settings.write("General", "FLOODVIEWFILE", "NONE_");
+    settings.write("General", "FLDVIEWPATH", finalFolder);
     for (const auto& entry : inventoryClasses()) {
         // The region's own tables are catalogued from the start; inventory arrives with
         // `inventory add`.
@@ -382,7 +386,8 @@ RegionReport createRegion(const fs::path& root, const RegionRequest& request,
     const fs::path folder = regions / request.name;
     fs::remove_all(staging);
     try {
-        writeRegion(staging, request.name, number, request, boundary, tracts, counties, progress);
+        writeRegion(staging, host.regionFolder(request.name), request.name, number, request,
+                    boundary, tracts, counties, progress);
         fs::rename(staging, folder);
     } catch (...) {
         std::error_code ec;

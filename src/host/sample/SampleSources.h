@@ -63,7 +63,10 @@ struct InundationMap {
     /// "DAMF", "TSUN", "SEIC" or "LEVF".
     std::string code;
     SourceLayer source;
+    /// Depth in feet (a double).
     std::string depthField;
+    /// The depth's class as text ("0-1 ft", "1-3 ft", "3-6 ft", "6-10 ft", "10+ ft").
+    std::string classField;
     /// True for the map that lies wholly outside the study region's extent.
     bool outsideRegion = false;
 };
@@ -134,7 +137,7 @@ struct FaultLayer {
 ///
 /// Inundation maps (polygons): `dam_inundation`, `tsunami_inundation` (wholly outside the
 /// region, on another stretch of coast), `seiche_inundation`, `levee_inundation`: DEPTH_FT
-/// double, SCENARIO text(60).
+/// double, DEPTH_CLS text(8), SCENARIO text(60).
 ///
 /// Ground-motion maps (contour bands around one scenario epicentre; the innermost band is a
 /// disc, the others rings): `shake_pga` (g), `shake_pgv` (cm/s), `shake_sa03` (g),
