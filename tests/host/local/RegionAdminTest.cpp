@@ -9,6 +9,7 @@
 #include "host/local/MapRegistration.h"
 #include "host/local/RegionBuilder.h"
 #include "host/local/RegionDatabase.h"
+#include "host/local/Schemas.h"
 #include "platform/automation/PlatformError.h"
 #include "platform/automation/VariantArray.h"
 #include "platform/geodatabase/Cursor.h"
@@ -186,6 +187,28 @@ TEST_F(RegionAdmin, RegionFromShapefileAndGeoJson)
     EXPECT_EQ(settings.readInt32("General", "CurrentRegionID"), 1);
     EXPECT_EQ(settings.readString("GENERAL", "EorW"), "E");
     EXPECT_EQ(settings.readInt32("PESH", "ScenarioID"), 0);
+
+    // Every class of the region's databases has the catalogue's fields in the catalogue's order.
+    for (const auto& schema : hostDatabases()) {
+        if (schema.folder != HostFolder::Region) {
+            continue;
+        }
+        Workspace database = Workspace::open(folder / schema.fileName, true);
+        for (const auto& expected : schema.classes) {
+            if (!database.exists(expected.name)) {
+                continue; // inventory arrives with `inventory add`
+            }
+            auto table = database.openTable(expected.name);
+            const int first = expected.hasShape() ? 2 : 1;
+            ASSERT_EQ(table->fields().count(), first + static_cast<int>(expected.fields.size()))
+                << expected.name;
+            for (std::size_t i = 0; i < expected.fields.size(); ++i) {
+                EXPECT_EQ(table->fields().field(first + static_cast<int>(i)).name,
+                          expected.fields[i].name)
+                    << expected.name;
+            }
+        }
+    }
 
     request.name = "Second";
     request.makeCurrent = false;
