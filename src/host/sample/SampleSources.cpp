@@ -1164,7 +1164,7 @@ Profile profileOf(SampleSize size)
                 .policeStations = 2'000,
                 .emergencyCenters = 150,
                 .bridges = 25'000,
-                .buildings = 1'000'000,
+                .buildings = 1'150'000,
                 .highwaySegments = 20'000,
                 .railSegments = 6'000,
                 .pipelineSegments = 8'000,

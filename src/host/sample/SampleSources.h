@@ -158,7 +158,8 @@ struct FaultLayer {
 /// - `highway_bridges`: STRUCNUM text(15), FEAT_DESC text(40), YEAR_BUILT small integer,
 ///   LATITUDE double, LONGITUDE double.
 /// - `buildings`: BLDG_ID text(10), ADDRESS text(60), OCCUPANCY text(5), STORIES small
-///   integer (the bulk: 1,000,000 in the Large size).
+///   integer (the bulk: 1,150,000 in the Large size, so that more than 1,000,000 inventory
+///   points lie in the region).
 ///
 /// Line inventory (polylines, some of several parts, some crossing the region boundary):
 /// - `highways`: SEG_ID text(10), SEG_NAME text(60), ROUTE text(10), LANES small integer.
