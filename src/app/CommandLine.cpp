@@ -4,6 +4,7 @@
 #include "app/AdminCommands.h"
 #include "app/GeoprocessingCommands.h"
 #include "app/ScriptRunner.h"
+#include "platform/ui/ConsolePrompts.h"
 #include "host/HostServices.h"
 #include "host/local/LocalHostServices.h"
 #include "platform/automation/AutomationError.h"
@@ -59,7 +60,12 @@ DIR, printing one JSON line per statement. Statements:
   {"get": "pt.m_pMap"}                                read a property
   {"set": "pt.m_pMap", "value": {"ref": "map"}}       assign a property
   {"answers": ["80", "Cancel"]}                       queue answers for input and message boxes
-The name "map" is the host document's map. Blank lines and lines starting with # are skipped.
+  {"add-layer": "RegionBndry.mdb:hztract", "name": "Tracts"}   put a class on the map
+  {"render": "map.png", "width": 1200, "height": 900} draw the map to a PNG
+  {"export-layout": "page.pdf"}                       draw the page layout to PDF (or PNG)
+  {"describe": "map"}  {"describe": "layout"}         the map or the page as JSON
+The names "map" and "layout" are the host document's map and page layout. Blank lines and
+lines starting with # are skipped.
 
 Arguments: strings, booleans and null as they are; numbers are doubles unless typed
 ({"i2": 5}, {"i4": 5}, {"r8": 1}); {"date": "2026-01-31"}; {"empty": true};
@@ -133,10 +139,12 @@ bool installHost(const std::string& root, std::ostream& out)
     }
 }
 
+/// Prompts on stderr that never block, installed for the whole library so that what it shows
+/// reaches the script's "messages" too.
 std::shared_ptr<platform::ui::ScriptedPrompts> consolePrompts()
 {
-    auto prompts = std::make_shared<platform::ui::ScriptedPrompts>();
-    prompts->setEcho(true);
+    auto prompts = std::make_shared<platform::ui::ConsolePrompts>();
+    platform::ui::installUserPrompts(prompts);
     return prompts;
 }
 

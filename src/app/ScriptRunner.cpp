@@ -4,7 +4,19 @@
 #include "platform/automation/AutomationError.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/MemberTable.h"
+#include "app/CartoJson.h"
+#include "host/HostServices.h"
+#include "host/RegionContextService.h"
+#include "host/GisDataService.h"
+#include "platform/carto/FeatureLayer.h"
 #include "platform/carto/Map.h"
+#include "platform/carto/PageLayout.h"
+#include "platform/display/LayoutRenderer.h"
+#include "platform/display/MapRenderer.h"
+#include "platform/geodatabase/FeatureClass.h"
+
+#include <QImage>
+#include <filesystem>
 
 #include <istream>
 #include <ostream>
@@ -58,6 +70,7 @@ ScriptRunner::ScriptRunner(const platform::automation::ClassRegistry& classes,
     : m_classes(classes), m_prompts(std::move(prompts))
 {
     m_objects["map"] = std::make_shared<platform::carto::Map>();
+    m_objects["layout"] = std::make_shared<platform::carto::PageLayout>();
 }
 
 json ScriptRunner::execute(const json& statement)
@@ -153,12 +166,89 @@ json ScriptRunner::dispatch(const json& statement)
             }
             return json{{"result", nullptr}};
         }
+        if (auto view = viewStatement(statement)) {
+            return *view;
+        }
     } catch (const json::exception& e) {
         badStatement("cannot read statement " + statement.dump() + ": " + e.what());
     }
     const std::string kind = statement.empty() ? std::string("{}") : statement.begin().key();
     badStatement("unknown statement \"" + kind +
-                 "\"; brevant scripts know new, call, get, set and answers");
+                 "\"; brevant scripts know new, call, get, set, answers, add-layer, render, "
+                 "export-layout and describe");
+}
+
+std::optional<json> ScriptRunner::viewStatement(const json& statement)
+{
+    namespace carto = platform::carto;
+    namespace display = platform::display;
+    const auto map = std::dynamic_pointer_cast<carto::Map>(objectNamed("map"));
+    const auto layout = std::dynamic_pointer_cast<carto::PageLayout>(objectNamed("layout"));
+    if (statement.contains("add-layer")) {
+        // DATABASE:CLASS, the database relative to the current region's folder.
+        const auto text = statement.at("add-layer").get<std::string>();
+        const auto colon = text.rfind(':');
+        if (colon == std::string::npos || colon == 0 || colon + 1 == text.size()) {
+            badStatement("\"add-layer\" needs \"DATABASE:CLASS\", not \"" + text + "\"");
+        }
+        std::string database = text.substr(0, colon);
+        if (!std::filesystem::path(database).is_absolute()) {
+            database = host::hostServices().createRegionContextService()->GetRegionFolder() +
+                       database;
+        }
+        const Variant opened = host::hostServices().createGisDataService()->OpenFeatureClass(
+            text.substr(colon + 1), database);
+        auto layer = std::make_shared<carto::FeatureLayer>(
+            opened.objectAs<platform::geodatabase::FeatureClass>());
+        if (statement.contains("name")) {
+            layer->setName(statement.at("name").get<std::string>());
+        }
+        if (map->spatialReference().isUnknown() && layer->featureClass()) {
+            map->setSpatialReference(layer->featureClass()->spatialReference());
+        }
+        map->addLayer(layer);
+        keep(statement, Variant(std::static_pointer_cast<AutomationObject>(layer)));
+        return json{{"result", toJson(Variant(std::static_pointer_cast<AutomationObject>(layer)))}};
+    }
+    if (statement.contains("render")) {
+        const std::string file = statement.at("render").get<std::string>();
+        const int width = statement.value("width", 1200);
+        const int height = statement.value("height", 900);
+        if (width < 1 || height < 1) {
+            badStatement("\"render\" needs a positive width and height");
+        }
+        auto extent = map->extent();
+        if (extent.isEmpty()) {
+            extent = map->fullExtent();
+        }
+        const QImage image = display::MapRenderer(*map).render(extent, QSize(width, height));
+        if (!image.save(QString::fromStdString(file), "PNG")) {
+            throw AutomationError(platform::automation::ErrorNumber::InvalidArgument, kSource,
+                                  "cannot write " + file);
+        }
+        return json{{"result", file}};
+    }
+    if (statement.contains("export-layout")) {
+        const std::filesystem::path file = statement.at("export-layout").get<std::string>();
+        const display::LayoutRenderer renderer(*layout);
+        if (file.extension() == ".pdf" || file.extension() == ".PDF") {
+            renderer.exportPdf(file);
+        } else {
+            renderer.exportPng(file);
+        }
+        return json{{"result", file.string()}};
+    }
+    if (statement.contains("describe")) {
+        const auto what = statement.at("describe").get<std::string>();
+        if (what == "map") {
+            return json{{"result", describeMap(*map)}};
+        }
+        if (what == "layout") {
+            return json{{"result", describeLayout(*layout)}};
+        }
+        badStatement("\"describe\" takes \"map\" or \"layout\", not \"" + what + "\"");
+    }
+    return std::nullopt;
 }
 
 json ScriptRunner::callStatement(const json& statement)

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 
 namespace brevant::app {
@@ -19,10 +20,15 @@ namespace brevant::app {
 ///     {"call": "dm.ClipHazardDataMaps", "args": [...], "as": "result"}
 ///     {"get": "pt.m_pMap"}   {"set": "pt.m_pMap", "value": {"ref": "map"}}
 ///     {"answers": ["80"]}
+///     {"add-layer": "RegionBndry.mdb:hztract", "name": "Tracts", "as": "tracts"}
+///     {"render": "map.png", "width": 1200, "height": 900}
+///     {"export-layout": "page.pdf"}   {"describe": "map"}   {"describe": "layout"}
 ///
 /// and answers each with one JSON object: {"ok": true, "result": ..., "byref": [...],
 /// "messages": [...]} or {"ok": false, "error": {"number", "hex", "source", "description"},
-/// "messages": [...]}. The name "map" is the host document's map from the start.
+/// "messages": [...]}. The names "map" and "layout" are the host document's map and page
+/// layout from the start; add-layer opens a class (its database relative to the current
+/// region's folder, or absolute) through the host and puts it on top of the map.
 class ScriptRunner {
 public:
     ScriptRunner(const platform::automation::ClassRegistry& classes,
@@ -39,6 +45,7 @@ public:
 private:
     nlohmann::ordered_json dispatch(const nlohmann::ordered_json& statement);
     nlohmann::ordered_json callStatement(const nlohmann::ordered_json& statement);
+    std::optional<nlohmann::ordered_json> viewStatement(const nlohmann::ordered_json& statement);
     std::shared_ptr<platform::automation::AutomationObject>
     objectNamed(const std::string& name) const;
     std::string nameOf(const platform::automation::AutomationObject& object) const;

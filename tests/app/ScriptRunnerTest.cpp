@@ -116,7 +116,7 @@ TEST_F(Script, ErrorsCarryNumberHexSourceAndDescription)
               std::string::npos);
 
     for (const char* bad :
-         {"not json", R"({"render": "map.png"})", R"({"call": "nobody.X"})", R"({"call": "dm"})",
+         {"not json", R"({"describe": "nothing"})", R"({"render": 5})", R"({"call": "nobody.X"})", R"({"call": "dm"})",
           R"({"new": "Brevant.Nothing"})", R"({"set": "dm.m_pMap"})", "[1, 2]"}) {
         const json out = run(runner, bad);
         EXPECT_FALSE(out.at("ok")) << bad;
