@@ -4,6 +4,7 @@
 #include "platform/automation/PlatformError.h"
 
 #include <QDir>
+#include <cmath>
 #include <QFile>
 #include <QGuiApplication>
 
@@ -42,6 +43,16 @@ void ensureGuiApplication()
     // Qt's own.
     static QGuiApplication* application = new QGuiApplication(argc, argv);
     (void)application;
+}
+
+QImage blankImage(QSize size, double dotsPerInch)
+{
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    const int dotsPerMeter = static_cast<int>(std::lround(dotsPerInch / 0.0254));
+    image.setDotsPerMeterX(dotsPerMeter);
+    image.setDotsPerMeterY(dotsPerMeter);
+    image.fill(Qt::white);
+    return image;
 }
 
 } // namespace brevant::platform::display

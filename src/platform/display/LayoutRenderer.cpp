@@ -460,11 +460,7 @@ QImage LayoutRenderer::render(double dotsPerInch) const
     ensureGuiApplication();
     const QSize size(static_cast<int>(std::lround(m_layout.pageWidth() * dotsPerInch)),
                      static_cast<int>(std::lround(m_layout.pageHeight() * dotsPerInch)));
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
-    const int dotsPerMeter = static_cast<int>(std::lround(dotsPerInch / 0.0254));
-    image.setDotsPerMeterX(dotsPerMeter);
-    image.setDotsPerMeterY(dotsPerMeter);
-    image.fill(Qt::white);
+    QImage image = blankImage(size, dotsPerInch);
     QPainter painter(&image);
     draw(painter, dotsPerInch);
     return image;

@@ -428,11 +428,7 @@ QImage MapRenderer::render(const geometry::Envelope& extent, QSize size, double 
     transformation.setMetersPerUnit(m_map.displayTransformation().metersPerUnit());
     transformation.setVisibleBounds(extent.isEmpty() ? m_map.extent() : extent);
 
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
-    const int dotsPerMeter = static_cast<int>(std::lround(dotsPerInch / 0.0254));
-    image.setDotsPerMeterX(dotsPerMeter);
-    image.setDotsPerMeterY(dotsPerMeter);
-    image.fill(Qt::white);
+    QImage image = blankImage(size, dotsPerInch);
     QPainter painter(&image);
     draw(painter, transformation);
     return image;
