@@ -12,6 +12,7 @@
 #include "host/UserMapRegistry.h"
 #include "host/local/HostRoot.h"
 #include "host/local/LocalGisDataService.h"
+#include "host/local/LocalGisUtilityService.h"
 #include "host/local/LocalInventoryCatalogService.h"
 #include "host/local/LocalRegionContextService.h"
 #include "host/local/LocalRegionHazardService.h"
@@ -59,7 +60,7 @@ std::shared_ptr<InventoryCatalogService> LocalHostServices::createInventoryCatal
 
 std::shared_ptr<GisUtilityService> LocalHostServices::createGisUtilityService()
 {
-    return std::make_shared<GisUtilityService>();
+    return std::make_shared<LocalGisUtilityService>(m_root);
 }
 
 std::shared_ptr<UserMapRegistry> LocalHostServices::createUserMapRegistry()

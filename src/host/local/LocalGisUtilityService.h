@@ -1,0 +1,54 @@
+#pragma once
+
+#include "host/GisUtilityService.h"
+
+#include <filesystem>
+
+namespace brevant::host::local {
+
+/// The reference host's utilities over the current region's tabular database (region.sqlite).
+/// The operations not listed here are not provided (error 438).
+///
+/// Display precision of a table's field:
+/// - the row of the optional table `DisplayPrecision (TableName TEXT, FieldName TEXT,
+///   Precision INTEGER)` for that table and field (names compared without regard to case);
+/// - otherwise, for a column of a server table: 0 for whole numbers and text, 2 for real
+///   numbers;
+/// - otherwise (a table or field the database does not hold) 2.
+///
+/// Default site values: section "SiteDefaults" of the region's settings, keys "stype",
+/// "lqfsuscat", "lndsuscat" and "w_depth"; a key not set gives the default "D", 0, 0 and 0.
+/// A value that is not a number where one is needed fails with error 13, one out of range
+/// with 6.
+///
+/// Edit synchronisation: an inventory class S' (its name with a two-letter prefix, S without
+/// it) of a region database is mirrored by the server tables "hz" + S and "Eq" + S, keyed by
+/// the class's identifier field (index 2). A server table that does not exist, or lacks the
+/// identifier column, is left alone (eqAebm has no "hz" table). Each operation writes in one
+/// transaction: a failure leaves the server tables as they were.
+class LocalGisUtilityService : public GisUtilityService {
+public:
+    explicit LocalGisUtilityService(std::filesystem::path root) : m_root(std::move(root)) {}
+
+    int16_t GetDisplayPrecision(const std::string& tableName,
+                                const std::string& fieldName) override;
+    void GetDefaultSiteValues(std::string& soilType, int16_t& liquefactionCategory,
+                              int16_t& landslideCategory, float& waterDepth) override;
+    /// For every record of the class with a shape, writes its shape's Y and X into the
+    /// "Latitude" and "Longitude" columns, and its "Tract" (a moved record may have changed
+    /// tract) into "Tract", of the server rows with its identifier. Rows are not added.
+    /// `databaseName` is a file of the region folder ("trn.mdb") or a full path.
+    void UpdateMovedLocations(const std::string& tableName,
+                              const std::string& databaseName) override;
+    /// Copies every record of the class into the server tables: the columns that the class
+    /// has too (names compared without regard to case) take its values, and a record without
+    /// a server row gets one. Rows of records no longer in the class stay. Does nothing when
+    /// `anyProcessed` is false.
+    void UpdateEditedRecords(const std::string& databaseName, const std::string& tableName,
+                             bool anyProcessed) override;
+
+private:
+    std::filesystem::path m_root;
+};
+
+} // namespace brevant::host::local
