@@ -142,7 +142,8 @@ int16_t LocalGisUtilityService::GetDisplayPrecision(const std::string& tableName
             return Variant(query.text(0)).toInt16();
         }
     }
-    const Column* column = findColumn(columnsOf(db, tableName), fieldName);
+    const auto columns = columnsOf(db, tableName);
+    const Column* column = findColumn(columns, fieldName);
     if (!column) {
         return kRealPrecision;
     }
