@@ -3,6 +3,7 @@
 // for its containing polygon and, in a gap, for its nearest one. Seeded, so every run sees the
 // same shapes and points.
 
+#include "StarPolygons.h"
 #include "platform/geometry/FeatureIndex.h"
 
 #include <benchmark/benchmark.h>
@@ -12,16 +13,17 @@
 
 namespace {
 
+using brevant::bench::Cell;
+using brevant::bench::Columns;
+using brevant::bench::Origin;
+using brevant::bench::PolygonCount;
+
 using brevant::platform::geometry::FeatureIndex;
 using brevant::platform::geometry::Geometry;
 using brevant::platform::geometry::Point;
 
-constexpr int PolygonCount = 20000;
 constexpr int PointCount = 1000000;
-constexpr int Columns = 142;
 // Degrees, as hazard maps in geographic coordinates have them.
-constexpr double Cell = 0.02;
-constexpr Point Origin{-98.0, 30.0};
 
 struct Data {
     std::vector<Geometry> polygons;
@@ -35,20 +37,7 @@ Data generate()
         return std::uniform_real_distribution(lo, hi)(random);
     };
     Data data;
-    data.polygons.reserve(PolygonCount);
-    for (int i = 0; i < PolygonCount; ++i) {
-        const Point center{Origin.x + (i % Columns + 0.5 + uniform(-0.1, 0.1)) * Cell,
-                           Origin.y + (i / Columns + 0.5 + uniform(-0.1, 0.1)) * Cell};
-        const int vertices = std::uniform_int_distribution(20, 200)(random);
-        const double radius = Cell * uniform(0.5, 0.62);
-        std::vector<Point> ring;
-        for (int k = 0; k < vertices; ++k) {
-            const double angle = 2 * std::numbers::pi * k / vertices;
-            const double r = radius * uniform(0.8, 1.0);
-            ring.push_back({center.x + r * std::cos(angle), center.y + r * std::sin(angle)});
-        }
-        data.polygons.push_back(Geometry::polygon({ring}));
-    }
+    data.polygons = brevant::bench::starPolygons(random);
     const double width = Columns * Cell;
     const double height = std::ceil(static_cast<double>(PolygonCount) / Columns) * Cell;
     data.points.reserve(PointCount);

@@ -8,6 +8,7 @@
 // empty fields grows the file and would favour whichever benchmark runs second. The procedure
 // must stay within 1.2 times the platform's time.
 
+#include "StarPolygons.h"
 #include "context/EqUtilFunctions.h"
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
@@ -27,11 +28,11 @@ namespace {
 using namespace brevant::platform;
 using geometry::Geometry;
 using geometry::Point;
+using brevant::bench::Cell;
+using brevant::bench::Columns;
+using brevant::bench::Origin;
+using brevant::bench::PolygonCount;
 
-constexpr int PolygonCount = 20000;
-constexpr int Columns = 142;
-constexpr double Cell = 0.02;
-constexpr Point Origin{-98.0, 30.0};
 
 class Data {
 public:
@@ -73,27 +74,15 @@ private:
     void writeHazard()
     {
         std::mt19937_64 random(1234567);
-        const auto uniform = [&random](double lo, double hi) {
-            return std::uniform_real_distribution(lo, hi)(random);
-        };
         m_hazard = m_workspace->createFeatureClass(
             "hazard", geodatabase::Fields({{"type", geodatabase::FieldType::String, 5, {}}}),
             geometry::ShapeType::Polygon);
         geodatabase::InsertCursor insert = m_hazard->insert();
+        const auto polygons = brevant::bench::starPolygons(random);
         for (int i = 0; i < PolygonCount; ++i) {
-            const Point center{Origin.x + (i % Columns + 0.5 + uniform(-0.1, 0.1)) * Cell,
-                               Origin.y + (i / Columns + 0.5 + uniform(-0.1, 0.1)) * Cell};
-            const int vertices = std::uniform_int_distribution(20, 200)(random);
-            const double radius = Cell * uniform(0.5, 0.62);
-            std::vector<Point> ring;
-            for (int k = 0; k < vertices; ++k) {
-                const double angle = 2 * std::numbers::pi * k / vertices;
-                const double r = radius * uniform(0.8, 1.0);
-                ring.push_back({center.x + r * std::cos(angle), center.y + r * std::sin(angle)});
-            }
             auto row = m_hazard->createRow();
             row.setValue(2, std::string(1, static_cast<char>('A' + i % 5)));
-            row.setShape(Geometry::polygon({ring}));
+            row.setShape(polygons[static_cast<std::size_t>(i)]);
             insert.insertRow(row);
         }
         insert.flush();

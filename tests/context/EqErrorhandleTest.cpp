@@ -7,6 +7,7 @@
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/PlatformError.h"
 #include "support/HostFixture.h"
+#include "support/Raised.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -14,6 +15,8 @@
 
 namespace brevant::context {
 namespace {
+
+using test::raisedBy;
 
 using platform::automation::AutomationError;
 namespace LibraryCode = platform::automation::LibraryCode;
@@ -26,16 +29,6 @@ protected:
         openStudyRegion(true);
     }
 
-    static AutomationError raisedBy(const std::function<void()>& body)
-    {
-        try {
-            body();
-        } catch (const AutomationError& e) {
-            return e;
-        }
-        ADD_FAILURE() << "nothing was raised";
-        return AutomationError(0, "", "");
-    }
 };
 
 TEST_F(ErrorLog, FirstErrorCreatesTheLogWithOneSixLineRecord)

@@ -10,6 +10,7 @@
 #include "platform/carto/FeatureLayer.h"
 #include "platform/carto/TestFeatures.h"
 #include "platform/ui/ScriptedPrompts.h"
+#include "support/Raised.h"
 
 #include <algorithm>
 #include <fstream>
@@ -20,6 +21,8 @@
 
 namespace brevant::thematic {
 namespace {
+
+using test::raisedBy;
 
 using namespace platform::carto;
 using platform::automation::AutomationError;
@@ -77,16 +80,6 @@ protected:
         HostFixture::TearDown();
     }
 
-    static AutomationError raisedBy(const std::function<void()>& body)
-    {
-        try {
-            body();
-        } catch (const AutomationError& e) {
-            return e;
-        }
-        ADD_FAILURE() << "nothing was raised";
-        return AutomationError(0, "", "");
-    }
 
     int records() const
     {
