@@ -8,17 +8,38 @@
 
 namespace brevant::host::local {
 
-nlohmann::json readJsonFile(const std::filesystem::path& file, const std::string& missing)
+nlohmann::ordered_json readJsonFile(const std::filesystem::path& file, const std::string& missing)
 {
     std::ifstream in(file);
     if (!in) {
         hostError(HostError::MissingFile, "cannot read " + file.string() + ": " + missing);
     }
     try {
-        return nlohmann::json::parse(in);
-    } catch (const nlohmann::json::exception& e) {
+        return nlohmann::ordered_json::parse(in);
+    } catch (const nlohmann::ordered_json::exception& e) {
         hostError(HostError::MalformedFile, file.string() + " is not valid JSON: " + e.what());
     }
+}
+
+std::optional<std::string> keyProblem(const nlohmann::ordered_json& item,
+                                      std::initializer_list<std::string_view> allowed)
+{
+    if (!item.is_object()) {
+        return "must be a JSON object";
+    }
+    for (const auto& [key, value] : item.items()) {
+        if (std::find(allowed.begin(), allowed.end(), key) == allowed.end()) {
+            return "has the unknown key \"" + key + "\"";
+        }
+    }
+    return std::nullopt;
+}
+
+const std::string* textAt(const nlohmann::ordered_json& item, const char* key)
+{
+    const auto found = item.find(key);
+    return found == item.end() || !found->is_string() ? nullptr
+                                                      : found->get_ptr<const std::string*>();
 }
 
 bool isColourText(std::string_view text)

@@ -228,20 +228,18 @@ private:
         if (!item.is_object()) {
             fail("must be a JSON object");
         }
-        for (const auto& [key, value] : item.items()) {
-            if (std::find(allowed.begin(), allowed.end(), key) == allowed.end()) {
-                fail("has the unknown key \"" + key + "\"");
-            }
+        if (const auto problem = keyProblem(item, allowed)) {
+            fail(*problem);
         }
     }
 
     std::string text(const json& item, const char* key)
     {
-        const auto found = item.find(key);
-        if (found == item.end() || !found->is_string()) {
+        const std::string* value = textAt(item, key);
+        if (!value) {
             fail(std::string("needs \"") + key + "\" as a text");
         }
-        return found->get<std::string>();
+        return *value;
     }
 
     double number(const json& item, const char* key, std::optional<double> fallback = {})

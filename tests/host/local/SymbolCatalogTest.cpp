@@ -4,6 +4,7 @@
 #include "host/local/HostErrors.h"
 #include "platform/automation/PlatformError.h"
 #include "support/HostFixture.h"
+#include "support/Raised.h"
 
 #include <array>
 #include <fstream>
@@ -18,21 +19,8 @@ namespace {
 namespace fs = std::filesystem;
 using platform::automation::PlatformError;
 
-template <class Call> PlatformError errorOf(Call call)
-{
-    try {
-        call();
-    } catch (const PlatformError& e) {
-        return e;
-    }
-    ADD_FAILURE() << "no host error was raised";
-    return PlatformError(0, "", "");
-}
-
-bool mentions(const PlatformError& e, const std::string& text)
-{
-    return std::string(e.what()).find(text) != std::string::npos;
-}
+using test::errorOf;
+using test::mentions;
 
 /// Reads layers the way the symbol builder does: the type first, then the record of that
 /// type, then the parts of marker and hash lines under the same index. Records every type met

@@ -6,6 +6,7 @@
 #include "platform/automation/Variant.h"
 #include "platform/automation/VariantArray.h"
 #include "support/HostFixture.h"
+#include "support/Raised.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -20,21 +21,8 @@ using platform::automation::Variant;
 using platform::automation::VariantArray;
 using platform::automation::VariantType;
 
-template <class Call> PlatformError errorOf(Call call)
-{
-    try {
-        call();
-    } catch (const PlatformError& e) {
-        return e;
-    }
-    ADD_FAILURE() << "no host error was raised";
-    return PlatformError(0, "", "");
-}
-
-bool mentions(const PlatformError& e, const std::string& text)
-{
-    return std::string(e.what()).find(text) != std::string::npos;
-}
+using test::errorOf;
+using test::mentions;
 
 /// The first column of a list, after checking that it has the shape the thematic builder
 /// reads: rows 0 to rows - 1, one column 0.

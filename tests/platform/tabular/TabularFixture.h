@@ -4,6 +4,8 @@
 #include "platform/tabular/Connection.h"
 #include "platform/tabular/SqliteDatabase.h"
 
+#include "support/Raised.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -58,21 +60,7 @@ protected:
     std::filesystem::path m_dir;
 };
 
-/// The PlatformError a body throws; fails the test when it throws none.
-inline automation::PlatformError errorOf(const std::function<void()>& body)
-{
-    try {
-        body();
-    } catch (const automation::PlatformError& e) {
-        return e;
-    }
-    ADD_FAILURE() << "no PlatformError was thrown";
-    return automation::PlatformError(0, "", "");
-}
-
-inline bool mentions(const automation::PlatformError& e, const std::string& text)
-{
-    return std::string(e.what()).find(text) != std::string::npos;
-}
+using brevant::test::errorOf;
+using brevant::test::mentions;
 
 } // namespace brevant::platform::tabular::test
