@@ -65,6 +65,11 @@ struct ArgTraits<std::shared_ptr<T>> {
     static Variant store(std::shared_ptr<T> v) { return Variant(std::move(v)); }
 };
 
+/// An optional by-reference parameter goes back as Empty when it holds nothing.
+template <class T> struct ArgTraits<std::optional<T>> {
+    static Variant store(const std::optional<T>& v) { return v ? ArgTraits<T>::store(*v) : Variant(); }
+};
+
 /// A parameter declared `T&` (not const) is by reference: its value is written back.
 template <class P>
 inline constexpr bool isByRef =

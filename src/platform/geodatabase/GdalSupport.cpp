@@ -67,6 +67,41 @@ FieldType fieldType(const OGRFieldDefn& definition)
     }
 }
 
+std::string defaultLiteral(const Field& field)
+{
+    if (field.type != FieldType::String) {
+        return field.defaultValue;
+    }
+    std::string quoted = "'";
+    for (char c : field.defaultValue) {
+        quoted += c;
+        if (c == '\'') {
+            quoted += c;
+        }
+    }
+    return quoted + "'";
+}
+
+std::string defaultValueOf(const OGRFieldDefn& definition)
+{
+    const char* literal = definition.GetDefault();
+    if (literal == nullptr) {
+        return "";
+    }
+    std::string text = literal;
+    if (text.size() >= 2 && text.front() == '\'' && text.back() == '\'') {
+        std::string unquoted;
+        for (std::size_t i = 1; i + 1 < text.size(); ++i) {
+            unquoted += text[i];
+            if (text[i] == '\'' && i + 2 < text.size() && text[i + 1] == '\'') {
+                ++i;
+            }
+        }
+        return unquoted;
+    }
+    return text;
+}
+
 std::unique_ptr<OGRFieldDefn> fieldDefinition(const Field& field)
 {
     OGRFieldType type = OFTString;
@@ -102,6 +137,9 @@ std::unique_ptr<OGRFieldDefn> fieldDefinition(const Field& field)
     }
     if (!field.aliasName.empty()) {
         definition->SetAlternativeName(field.aliasName.c_str());
+    }
+    if (!field.defaultValue.empty()) {
+        definition->SetDefault(defaultLiteral(field).c_str());
     }
     return definition;
 }

@@ -55,6 +55,10 @@ FieldType fieldType(const OGRFieldDefn& definition);
 /// OGR field definition of a field (name as given, width for text, sub-types for small
 /// integers and singles).
 std::unique_ptr<OGRFieldDefn> fieldDefinition(const Field& field);
+/// A field's default value as OGR stores it: text quoted as an SQL literal, numbers as they are.
+std::string defaultLiteral(const Field& field);
+/// The default value of an OGR field definition, unquoted; empty when it has none.
+std::string defaultValueOf(const OGRFieldDefn& definition);
 
 /// A feature's attribute as a variant (Null when unset or null).
 automation::Variant readValue(const OGRFeature& feature, int ogrIndex, FieldType type);

@@ -58,7 +58,7 @@ void TableData::loadFields()
     for (int i = 0; i < definition->GetFieldCount(); ++i) {
         const OGRFieldDefn* field = definition->GetFieldDefn(i);
         list->append(Field{field->GetNameRef(), gdal::fieldType(*field), field->GetWidth(),
-                           field->GetAlternativeNameRef()});
+                           field->GetAlternativeNameRef(), gdal::defaultValueOf(*field)});
         ogrIndex.push_back(i);
     }
     fields = std::move(list);
