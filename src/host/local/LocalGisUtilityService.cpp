@@ -1,14 +1,20 @@
 #include "host/local/LocalGisUtilityService.h"
 
+#include "host/local/HostErrors.h"
 #include "host/local/HostRoot.h"
+#include "host/local/RegionDatabase.h"
 #include "host/local/Schemas.h"
 #include "platform/automation/CaseInsensitive.h"
+#include "platform/automation/Collection.h"
+#include "platform/automation/VariantArray.h"
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/SqlQuote.h"
 #include "platform/geodatabase/Workspace.h"
 #include "platform/tabular/SqliteDatabase.h"
 
+#include <algorithm>
+#include <array>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -28,6 +34,9 @@ struct Column {
     std::string name;
     std::string type;
 };
+
+// Which server columns an operation writes; empty: every column the class has too.
+using ColumnFilter = std::function<bool(std::string_view)>;
 
 std::filesystem::path currentDatabasePath(const std::filesystem::path& root)
 {
@@ -126,6 +135,176 @@ void inTransaction(SqliteDatabase& db, const std::function<void()>& body)
         throw;
     }
 }
+
+// Copies every record of `source` into the server table `table`, keyed by the identifier
+// (field 2 of the source): the columns both sides have (names compared without regard to case)
+// take the record's values, and a record without a server row gets one. With `wanted`, only
+// the columns it accepts are written, and a table that shares no such column with the source
+// is left alone. A table without the identifier column is left alone too.
+void mirrorRecords(SqliteDatabase& db, const geodatabase::Table& source, const std::string& table,
+                   const ColumnFilter& wanted)
+{
+    using geodatabase::sqlQuoted;
+    const auto columns = columnsOf(db, table);
+    const Column* key = findColumn(columns, source.fields().field(2).name);
+    if (!key) {
+        return;
+    }
+    // Server column -> class field, the key first.
+    std::vector<std::pair<std::string, int>> copied{{key->name, 2}};
+    for (const auto& column : columns) {
+        const int field = source.findField(column.name);
+        if (&column != key && field > 1 && (!wanted || wanted(column.name))) {
+            copied.emplace_back(column.name, field);
+        }
+    }
+    if (wanted && copied.size() == 1) {
+        return;
+    }
+    std::string names;
+    std::string values;
+    std::string assignments;
+    for (std::size_t i = 0; i < copied.size(); ++i) {
+        const std::string name = sqlQuoted(copied[i].first, '"');
+        std::string parameter = std::to_string(i + 1);
+        parameter.insert(parameter.begin(), '?');
+        names += (i ? ", " : "") + name;
+        values += (i ? ", " : "") + parameter;
+        if (i > 0) {
+            assignments += (i > 1 ? ", " : "") + name + " = " + parameter;
+        }
+    }
+    const std::string quotedTable = sqlQuoted(table, '"');
+    const std::string quotedKey = sqlQuoted(key->name, '"');
+    SqliteDatabase::Statement exists(db, "SELECT 1 FROM " + quotedTable + " WHERE " + quotedKey +
+                                             " = ?1");
+    SqliteDatabase::Statement insert(db, "INSERT INTO " + quotedTable + " (" + names +
+                                             ") VALUES (" + values + ")");
+    std::optional<SqliteDatabase::Statement> update;
+    if (!assignments.empty()) {
+        update.emplace(db, "UPDATE " + quotedTable + " SET " + assignments + " WHERE " +
+                               quotedKey + " = ?1");
+    }
+    geodatabase::Cursor cursor = source.search();
+    geodatabase::Row row;
+    while (cursor.next(row)) {
+        const Variant& id = row.value(2);
+        if (id.isNull() || id.isEmpty()) {
+            continue;
+        }
+        bindValue(exists, 1, id);
+        const bool present = exists.step();
+        exists.reset();
+        SqliteDatabase::Statement* statement = present ? (update ? &*update : nullptr) : &insert;
+        if (!statement) {
+            continue;
+        }
+        for (std::size_t i = 0; i < copied.size(); ++i) {
+            bindValue(*statement, static_cast<int>(i) + 1, row.value(copied[i].second));
+        }
+        statement->step();
+        statement->reset();
+    }
+}
+
+// The name a table or view of the database is stored under; nullopt when there is none.
+std::optional<std::string> storedTableName(SqliteDatabase& db, const std::string& name)
+{
+    SqliteDatabase::Statement query(db, "SELECT name FROM sqlite_master WHERE type IN "
+                                        "('table', 'view') AND name = ?1 COLLATE NOCASE");
+    query.bind(1, name);
+    if (!query.step()) {
+        return std::nullopt;
+    }
+    return query.text(0);
+}
+
+// "EqRailwaySegmenthft" -> "RailwaySegment".
+std::string lineSuffixOfHazardTable(const std::string& hazardTable)
+{
+    constexpr std::string_view kPrefix = "Eq";
+    constexpr std::string_view kSuffix = "hft";
+    const auto lower = platform::automation::toLower(hazardTable);
+    if (hazardTable.size() <= kPrefix.size() + kSuffix.size() || !lower.starts_with("eq") ||
+        !lower.ends_with(kSuffix)) {
+        hostError(HostError::UnknownKey, "\"" + hazardTable +
+                                             "\" is no line hazard table name (Eq + class + hft)");
+    }
+    return hazardTable.substr(kPrefix.size(),
+                              hazardTable.size() - kPrefix.size() - kSuffix.size());
+}
+
+// The server columns an analysis writes: the site conditions always, and the result field of
+// each listed map type (every result field when no list is given).
+class AnalysisColumns {
+public:
+    explicit AnalysisColumns(const Variant& mapTypes)
+    {
+        for (const auto& field : siteConditionFields()) {
+            m_columns.push_back(field.name);
+        }
+        const auto codes = codesOf(mapTypes);
+        for (const auto& [code, field] : kResultFieldOfCode) {
+            const bool listed =
+                !codes || std::any_of(codes->begin(), codes->end(), [&](const std::string& c) {
+                    return platform::automation::equalsIgnoreCase(c, code);
+                });
+            if (listed) {
+                m_columns.emplace_back(field);
+            }
+        }
+    }
+
+    ColumnFilter filter() const
+    {
+        return [this](std::string_view column) {
+            return std::any_of(m_columns.begin(), m_columns.end(), [&](const std::string& name) {
+                return platform::automation::equalsIgnoreCase(name, column);
+            });
+        };
+    }
+
+private:
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 11>
+        kResultFieldOfCode{{{"PGAM", "pga"},
+                            {"PGVM", "pgv"},
+                            {"SA03", "sa03"},
+                            {"SA10", "sa10"},
+                            {"STGD", "LqfSettlPGD"},
+                            {"LSGD", "LqfSprPGD"},
+                            {"LFPR", "LqfProb"},
+                            {"LDGD", "LndPGD"},
+                            {"LDPR", "LndProb"},
+                            {"SRGD", "SufFltRuptPGD"},
+                            {"SRPR", "SurfFltRuptProb"}}};
+
+    // The codes of a list (an array, a collection or one text); nullopt when none is given.
+    static std::optional<std::vector<std::string>> codesOf(const Variant& mapTypes)
+    {
+        std::vector<std::string> codes;
+        switch (mapTypes.type()) {
+        case VariantType::Empty:
+        case VariantType::Null:
+            return std::nullopt;
+        case VariantType::Array:
+            for (const auto& item : mapTypes.array().elements()) {
+                codes.push_back(item.toString());
+            }
+            break;
+        case VariantType::Collection:
+            for (const auto& item : *mapTypes.collection()) {
+                codes.push_back(item.toString());
+            }
+            break;
+        default:
+            codes.push_back(mapTypes.toString());
+            break;
+        }
+        return codes;
+    }
+
+    std::vector<std::string> m_columns;
+};
 
 } // namespace
 
@@ -227,78 +406,98 @@ void LocalGisUtilityService::UpdateEditedRecords(const std::string& databaseName
     if (!anyProcessed) {
         return;
     }
-    using geodatabase::sqlQuoted;
     const MirroredClass mirrored = mirroredClass(m_root, tableName, databaseName);
-    const auto& source = *mirrored.featureClass;
     SqliteDatabase db(currentDatabasePath(m_root).string(), SqliteDatabase::Mode::ReadWrite);
+    inTransaction(db, [&] {
+        for (const auto& table : mirrored.serverTables) {
+            mirrorRecords(db, *mirrored.featureClass, table, {});
+        }
+    });
+}
 
-    for (const auto& table : mirrored.serverTables) {
-        const auto columns = columnsOf(db, table);
-        const Column* key = findColumn(columns, mirrored.identifier);
-        if (!key) {
-            continue;
-        }
-        // Server column -> class field, the key first.
-        std::vector<std::pair<std::string, int>> copied{{key->name, 2}};
-        for (const auto& column : columns) {
-            const int field = source.findField(column.name);
-            if (&column != key && field > 1) {
-                copied.emplace_back(column.name, field);
-            }
-        }
-        std::string names;
-        std::string values;
-        std::string assignments;
-        for (std::size_t i = 0; i < copied.size(); ++i) {
-            const std::string name = sqlQuoted(copied[i].first, '"');
-            std::string parameter = std::to_string(i + 1);
-            parameter.insert(parameter.begin(), '?');
-            names += (i ? ", " : "") + name;
-            values += (i ? ", " : "") + parameter;
-            if (i > 0) {
-                assignments += (i > 1 ? ", " : "") + name + " = " + parameter;
-            }
-        }
-        const std::string quotedTable = sqlQuoted(table, '"');
-        const std::string insertSql =
-            "INSERT INTO " + quotedTable + " (" + names + ") VALUES (" + values + ")";
-        const std::string updateSql = assignments.empty()
-                                          ? std::string()
-                                          : "UPDATE " + quotedTable + " SET " + assignments +
-                                                " WHERE " + sqlQuoted(key->name, '"') + " = ?1";
-        const std::string existsSql =
-            "SELECT 1 FROM " + quotedTable + " WHERE " + sqlQuoted(key->name, '"') + " = ?1";
-
-        inTransaction(db, [&] {
-            SqliteDatabase::Statement exists(db, existsSql);
-            SqliteDatabase::Statement insert(db, insertSql);
-            std::optional<SqliteDatabase::Statement> update;
-            if (!updateSql.empty()) {
-                update.emplace(db, updateSql);
-            }
-            geodatabase::Cursor cursor = source.search();
-            geodatabase::Row row;
-            while (cursor.next(row)) {
-                const Variant& id = row.value(2);
-                if (id.isNull() || id.isEmpty()) {
-                    continue;
-                }
-                bindValue(exists, 1, id);
-                const bool present = exists.step();
-                exists.reset();
-                SqliteDatabase::Statement* statement =
-                    present ? (update ? &*update : nullptr) : &insert;
-                if (!statement) {
-                    continue;
-                }
-                for (std::size_t i = 0; i < copied.size(); ++i) {
-                    bindValue(*statement, static_cast<int>(i) + 1, row.value(copied[i].second));
-                }
-                statement->step();
-                statement->reset();
-            }
-        });
+void LocalGisUtilityService::UpdateAnalysisTable(const std::string& tableName,
+                                                 const std::string& databaseName,
+                                                 const Variant& mapTypes, bool isPoint)
+{
+    if (!isPoint) {
+        // A line class's values live in its hazard table, not in the class itself.
+        UpdateLineHazardTable(hazardTableName(tableName), databaseName, mapTypes);
+        return;
     }
+    const MirroredClass mirrored = mirroredClass(m_root, tableName, databaseName);
+    const AnalysisColumns columns(mapTypes);
+    SqliteDatabase db(currentDatabasePath(m_root).string(), SqliteDatabase::Mode::ReadWrite);
+    inTransaction(db, [&] {
+        for (const auto& table : mirrored.serverTables) {
+            mirrorRecords(db, *mirrored.featureClass, table, columns.filter());
+        }
+    });
+}
+
+void LocalGisUtilityService::UpdateLineHazardTable(const std::string& hazardTableName,
+                                                   const std::string& databaseName,
+                                                   const Variant& mapTypes)
+{
+    const std::string suffix = lineSuffixOfHazardTable(hazardTableName);
+    MirroredClass mirrored = mirroredClass(m_root, hazardTableName, databaseName);
+    mirrored.serverTables = {hazardTableName, "Eq" + suffix};
+    const AnalysisColumns columns(mapTypes);
+    SqliteDatabase db(currentDatabasePath(m_root).string(), SqliteDatabase::Mode::ReadWrite);
+    inTransaction(db, [&] {
+        for (const auto& table : mirrored.serverTables) {
+            mirrorRecords(db, *mirrored.featureClass, table, columns.filter());
+        }
+    });
+}
+
+std::string LocalGisUtilityService::GetRecordSetTableName(const std::string& recordSetId)
+{
+    const auto host = HostRoot::load(m_root);
+    const auto path = host.regionDatabasePath(host.currentRegion());
+    {
+        SqliteDatabase db(path.string(), SqliteDatabase::Mode::ReadOnly);
+        const auto columns = columnsOf(db, "AnalysisRecordSets");
+        if (findColumn(columns, "RecordSetId") && findColumn(columns, "TableName")) {
+            SqliteDatabase::Statement query(
+                db, "SELECT TableName FROM AnalysisRecordSets WHERE RecordSetId = ?1");
+            query.bind(1, recordSetId);
+            if (query.step() && !query.isNull(0)) {
+                return query.text(0);
+            }
+        }
+    }
+    if (const auto entry = RegionDatabase(path).inventoryClass(recordSetId)) {
+        return entry->tableName;
+    }
+    hostError(HostError::UnknownKey, "analysis record set \"" + recordSetId +
+                                         "\" is neither in AnalysisRecordSets nor a catalogued "
+                                         "inventory class of " +
+                                         path.string());
+}
+
+std::string LocalGisUtilityService::GetResultTableName(const std::string& tableName)
+{
+    const auto host = HostRoot::load(m_root);
+    const auto path = host.regionDatabasePath(host.currentRegion());
+    const auto entry = RegionDatabase(path).inventoryClass(tableName);
+    SqliteDatabase db(path.string(), SqliteDatabase::Mode::ReadOnly);
+    if (entry) {
+        const std::string analysisTable = "Eq" + inventorySuffix(entry->tableName);
+        return storedTableName(db, analysisTable).value_or(analysisTable);
+    }
+    if (auto stored = storedTableName(db, tableName)) {
+        return *stored;
+    }
+    // A thematic map's table "T_field" shows the field of the table T.
+    const auto split = tableName.rfind('_');
+    if (split != std::string::npos && split > 0) {
+        const auto table = storedTableName(db, tableName.substr(0, split));
+        if (table && findColumn(columnsOf(db, *table), tableName.substr(split + 1))) {
+            return *table;
+        }
+    }
+    hostError(HostError::UnknownKey, "no table of " + path.string() + " holds the values of \"" +
+                                         tableName + "\"");
 }
 
 } // namespace brevant::host::local

@@ -26,6 +26,25 @@ namespace brevant::host::local {
 /// the class's identifier field (index 2). A server table that does not exist, or lacks the
 /// identifier column, is left alone (eqAebm has no "hz" table). Each operation writes in one
 /// transaction: a failure leaves the server tables as they were.
+///
+/// Analysis tables: after an analysis the site conditions ("stype", "lqfsuscat", "lndsuscat",
+/// "w_depth") and the result fields of the listed map types ("PGAM" pga, "PGVM" pgv, "SA03"
+/// sa03, "SA10" sa10, "STGD" LqfSettlPGD, "LSGD" LqfSprPGD, "LFPR" LqfProb, "LDGD" LndPGD,
+/// "LDPR" LndProb, "SRGD" SufFltRuptPGD, "SRPR" SurfFltRuptProb; all of them when no list is
+/// given; codes compared without regard to case) are copied into the server tables in
+/// the same way, columns that both sides have only. A server table that shares none of these
+/// columns with the class (an attribute table "hz" + S) is left alone, so it gets no rows of
+/// key alone.
+///
+/// Analysis record sets: the optional table `AnalysisRecordSets (RecordSetId TEXT, TableName
+/// TEXT)` of region.sqlite names the inventory table of a record set; an id it does not hold
+/// but that names a catalogued inventory class stands for that class. Any other id is an
+/// UnknownKey host error.
+///
+/// Result tables: a catalogued inventory class's values are in its analysis table "Eq" + S;
+/// any other table (or view) of region.sqlite holds its own values; a name "T_field" that is
+/// no table stands for the table T when T has the column "field" (the thematic maps' naming).
+/// Tables are named as region.sqlite stores them. Any other name is an UnknownKey host error.
 class LocalGisUtilityService : public GisUtilityService {
 public:
     explicit LocalGisUtilityService(std::filesystem::path root) : m_root(std::move(root)) {}
@@ -46,6 +65,19 @@ public:
     /// `anyProcessed` is false.
     void UpdateEditedRecords(const std::string& databaseName, const std::string& tableName,
                              bool anyProcessed) override;
+    /// Copies the analysis columns of every record of the point class `tableName` into "hz" +
+    /// S and "Eq" + S. With `isPoint` false, `tableName` is a line class and its hazard table
+    /// ("Eq" + S + "hft", in the same database) is copied as UpdateLineHazardTable does.
+    /// `mapTypes` is an array or collection of codes, one code, or empty for all.
+    void UpdateAnalysisTable(const std::string& tableName, const std::string& databaseName,
+                             const Variant& mapTypes, bool isPoint) override;
+    /// Copies the analysis columns of every record of the hazard table "Eq" + S + "hft" of
+    /// `databaseName` into the server tables "Eq" + S + "hft" and "Eq" + S. A name not of that
+    /// form is an UnknownKey host error.
+    void UpdateLineHazardTable(const std::string& hazardTableName,
+                               const std::string& databaseName, const Variant& mapTypes) override;
+    std::string GetRecordSetTableName(const std::string& recordSetId) override;
+    std::string GetResultTableName(const std::string& tableName) override;
 
 private:
     std::filesystem::path m_root;

@@ -14,6 +14,7 @@
 #include "host/local/LocalGisDataService.h"
 #include "host/local/LocalGisUtilityService.h"
 #include "host/local/LocalInventoryCatalogService.h"
+#include "host/local/LocalProgressDialog.h"
 #include "host/local/LocalRegionContextService.h"
 #include "host/local/LocalRegionHazardService.h"
 #include "host/local/LocalRegionSettingsStore.h"
@@ -75,7 +76,7 @@ std::shared_ptr<ScenarioService> LocalHostServices::createScenarioService()
 
 std::shared_ptr<ProgressDialog> LocalHostServices::createProgressDialog()
 {
-    return std::make_shared<ProgressDialog>();
+    return std::make_shared<LocalProgressDialog>();
 }
 
 std::shared_ptr<GridSettingsService> LocalHostServices::createGridSettingsService()

@@ -8,6 +8,7 @@
 #include "support/HostFixture.h"
 #include "support/Raised.h"
 
+#include <cstdio>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <set>
@@ -127,6 +128,44 @@ TEST_F(ClassSettingsFile, UniqueValueTypesListTheCategoriesOfTheirDataMaps)
     // The title names the layer, and a layer replaces one of the same name.
     EXPECT_EQ(titles.size(), std::size(maps));
     EXPECT_TRUE(titles.contains("Soil Type"));
+}
+
+/// Perceived lightness of a colour text "red,green,blue", 0 (black) to 255 (white).
+double lightness(const std::string& colour)
+{
+    int red = 0;
+    int green = 0;
+    int blue = 0;
+    EXPECT_EQ(std::sscanf(colour.c_str(), "%d,%d,%d", &red, &green, &blue), 3) << colour;
+    return 0.299 * red + 0.587 * green + 0.114 * blue;
+}
+
+TEST_F(ClassSettingsFile, DefaultColoursMakeReadableLegends)
+{
+    // Equal-interval ramps run from light to dark, so a higher class reads as more.
+    for (int16_t type : {2, 4, 5, 8}) {
+        SCOPED_TRACE(type);
+        const int32_t count = m_settings->GetClassCount(type);
+        EXPECT_GE(count, 4);
+        m_settings->Prepare();
+        const auto colours = texts(column(m_settings->GetClassColours(), count));
+        for (std::size_t i = 1; i < colours.size(); ++i) {
+            EXPECT_LT(lightness(colours[i]), lightness(colours[i - 1])) << colours[i];
+        }
+    }
+    // Below and above the confidence value.
+    m_settings->GetClassCount(3);
+    const auto confidence = texts(column(m_settings->GetClassColours(), 2));
+    EXPECT_NE(confidence[0], confidence[1]);
+
+    // Categories are told apart by colour alone.
+    for (int16_t type : {8, 10, 12, 14, 15, 16, 17}) {
+        SCOPED_TRACE(type);
+        const int32_t count = m_settings->GetValueCount(type);
+        m_settings->Prepare();
+        const auto colours = texts(column(m_settings->GetValueColours(), count));
+        EXPECT_EQ(std::set<std::string>(colours.begin(), colours.end()).size(), colours.size());
+    }
 }
 
 TEST_F(ClassSettingsFile, OperationsWithoutTypeAnswerForTheTypeLastGiven)
