@@ -1,0 +1,262 @@
+#include "analysis/EqProbabilistic.h"
+
+#include "analysis/AnalysisSupport.h"
+#include "context/ContextObjects.h"
+#include "context/EqUtilFunctions.h"
+#include "context/ErrorTrap.h"
+#include "context/StudyRegionContext.h"
+#include "host/GisDataService.h"
+#include "host/HostServices.h"
+#include "host/InventoryCatalogService.h"
+#include "platform/automation/ErrorNumbers.h"
+#include "platform/automation/PlatformError.h"
+#include "platform/automation/VariantArray.h"
+#include "platform/geodatabase/Cursor.h"
+#include "platform/geodatabase/FeatureClass.h"
+#include "platform/geometry/FeatureIndex.h"
+#include "platform/geometry/ShapeType.h"
+
+#include <array>
+#include <optional>
+#include <vector>
+
+namespace brevant::analysis {
+
+namespace geodatabase = platform::geodatabase;
+namespace geometry = platform::geometry;
+using platform::automation::Variant;
+using platform::automation::VariantArray;
+using platform::automation::LibraryCode::Procedure;
+
+namespace {
+
+/// The four quantities; the map's fields are the quantity followed by the return period.
+constexpr std::array<const char*, 4> kQuantities{"pga", "pgv", "sa03", "sa10"};
+/// The order in which their result fields are added.
+constexpr std::array<const char*, 4> kResultFields{"pgv", "pga", "sa03", "sa10"};
+/// The map's features are written back in batches of this many.
+constexpr int kFlushEvery = 100;
+
+ProbabilisticState& state()
+{
+    static ProbabilisticState instance;
+    return instance;
+}
+
+int requireField(const geodatabase::Table& table, const std::string& name)
+{
+    const int index = table.findField(name);
+    if (index < 1) {
+        // What reading a value of an absent field gives: an invalid argument.
+        throw platform::automation::PlatformError(
+            platform::automation::ErrorNumber::InvalidArgument, "Brevant",
+            "field " + name + " is not in " + table.name());
+    }
+    return index;
+}
+
+/// Opens `tableName` of the region database; if it has no records only the tract table goes
+/// on, rebuilt first. Null when there is nothing to analyse.
+std::shared_ptr<geodatabase::FeatureClass> openAnalysedClass(const std::string& databaseName,
+                                                             const std::string& tableName)
+{
+    auto featureClass = detail::openRegionClass(tableName, databaseName);
+    if (featureClass->rowCount() > 0) {
+        return featureClass;
+    }
+    if (!detail::isTractTable(tableName)) {
+        return nullptr;
+    }
+    RecreateTractHFT();
+    // Opened afresh, so the class sees the rows the rebuild inserted.
+    return detail::openRegionClass(tableName, databaseName);
+}
+
+void analyse(geodatabase::FeatureClass& featureClass)
+{
+    AddFields(featureClass);
+    if (!state().usgs) {
+        context::throwObjectNotSet("USGS map");
+    }
+    UpdateProbFieldValues(featureClass, *state().usgs);
+}
+
+} // namespace
+
+const ProbabilisticState& probabilisticState()
+{
+    return state();
+}
+
+void AnalyzeProbDefinedScenario(std::string& tableName, int16_t RetrunPeriod,
+                                const Variant& /*vProgressBar*/, bool isPoint)
+{
+    context::runTrapped(" AnalyzeProbDefinedScenario", Procedure, [&] {
+        state().returnPeriod = std::to_string(RetrunPeriod);
+        state().usgs = detail::openRegionClass("USGS", "USGS.mdb");
+        OpenProbabilisticMaps(RetrunPeriod);
+        const std::string databaseName =
+            host::hostServices().createInventoryCatalogService()->GetDatabaseName(tableName);
+        if (isPoint) {
+            UpdatePointInvtForProbabilistic(databaseName, tableName);
+        } else {
+            UpdateLineInvtForProbabilistic(databaseName, tableName);
+        }
+        state().usgs.reset();
+    });
+}
+
+void OpenProbabilisticMaps(int16_t /*RetrunPeriod*/)
+{
+    context::runTrapped(" OpenProbabilisticMaps", Procedure, [] {
+        state().mapTypes = Variant(VariantArray::of({"PGVM", "PGAM", "SA03", "SA10"}));
+    });
+}
+
+void UpdatePointInvtForProbabilistic(const std::string& databaseName, const std::string& tableName)
+{
+    const std::string tag = " UpdatePointInvtForProbabilistic " + tableName + " in " + databaseName;
+    context::runTrapped(tag, Procedure, [&] {
+        const auto featureClass = openAnalysedClass(databaseName, tableName);
+        if (!featureClass) {
+            return;
+        }
+        analyse(*featureClass);
+        detail::handOffAnalysisTable(tableName, databaseName, state().mapTypes, true);
+    });
+}
+
+void UpdateLineInvtForProbabilistic(const std::string& databaseName, const std::string& tableName)
+{
+    const std::string tag = " UpdateLineInvtForProbabilistic" + tableName + " in " + databaseName;
+    context::runTrapped(tag, Procedure, [&] {
+        const auto hazardTable =
+            openAnalysedClass(databaseName, detail::lineHazardTableName(tableName));
+        if (!hazardTable) {
+            return;
+        }
+        analyse(*hazardTable);
+        detail::handOffAnalysisTable(tableName, databaseName, state().mapTypes, false);
+    });
+}
+
+void AddFields(geodatabase::FeatureClass& featureClass)
+{
+    context::runTrapped(" AddFields", Procedure, [&] {
+        for (const char* field : kResultFields) {
+            EqProbabilistic::AddField(featureClass, field);
+        }
+    });
+}
+
+void EqProbabilistic::AddField(geodatabase::FeatureClass& featureClass,
+                               const std::string& fieldName)
+{
+    context::runTrapped(" AddField ", Procedure,
+                        [&] { detail::addZeroedResultField(featureClass, fieldName); });
+}
+
+void UpdateProbFieldValues(geodatabase::FeatureClass& inventory,
+                           const geodatabase::FeatureClass& usgs)
+{
+    context::runTrapped(" UpdateProbFieldValues", Procedure, [&] {
+        const std::string& period = state().returnPeriod;
+        // Map field -> result field, per quantity.
+        std::array<std::pair<int, int>, 4> copied{};
+        for (std::size_t i = 0; i < kQuantities.size(); ++i) {
+            const std::string quantity = kQuantities[i];
+            copied[i] = {requireField(usgs, quantity + period), requireField(inventory, quantity)};
+        }
+
+        std::vector<geometry::Geometry> shapes;
+        std::vector<std::array<Variant, 4>> values;
+        {
+            geodatabase::Cursor cursor = usgs.search();
+            geodatabase::Row row;
+            while (cursor.next(row)) {
+                shapes.push_back(row.shape());
+                std::array<Variant, 4> polygonValues;
+                for (std::size_t i = 0; i < copied.size(); ++i) {
+                    polygonValues[i] = row.value(copied[i].first);
+                }
+                values.push_back(std::move(polygonValues));
+            }
+        }
+        const geometry::FeatureIndex index(std::move(shapes));
+        // Points skip building a geometry per query, the bulk of an inventory.
+        const bool points = inventory.shapeType() == geometry::ShapeType::Point;
+
+        geodatabase::Cursor cursor = inventory.update();
+        geodatabase::Row row;
+        int pending = 0;
+        while (cursor.next(row)) {
+            const geometry::Geometry& shape = row.shape();
+            std::optional<std::size_t> match;
+            if (!shape.isNull() && !shape.isEmpty()) {
+                match = points ? index.containing(shape.firstPoint()) : index.containing(shape);
+                if (!match) {
+                    const auto nearest =
+                        points ? index.nearest(shape.firstPoint()) : index.nearest(shape);
+                    if (nearest) {
+                        match = nearest->index;
+                    }
+                }
+            }
+            if (match) {
+                const auto& polygonValues = values[*match];
+                for (std::size_t i = 0; i < copied.size(); ++i) {
+                    row.setValue(copied[i].second, polygonValues[i]);
+                }
+                cursor.updateRow(row);
+            }
+            if (++pending > kFlushEvery) {
+                pending = 0;
+                cursor.flush();
+            }
+        }
+        cursor.flush();
+    });
+}
+
+void RecreateTractHFT()
+{
+    context::runTrapped(" RecreateTractHFT", Procedure, [] {
+        const auto& ctx = context::studyRegionContext();
+        const auto tracts = context::contextGisDataService()
+                                .OpenServerTable(ctx.RegionDatabaseName, "hztract")
+                                .objectAs<geodatabase::Table>();
+        if (!tracts) {
+            context::throwObjectNotSet("server table hztract");
+        }
+        const auto tractTable = detail::openRegionClass("eqTract", "RegionBndry.mdb");
+
+        const int sourceTract = requireField(*tracts, "Tract");
+        const int sourceLatitude = requireField(*tracts, "CenLat");
+        const int sourceLongitude = requireField(*tracts, "CenLongit");
+        const int tract = requireField(*tractTable, "Tract");
+        const int latitude = requireField(*tractTable, "Latitude");
+        const int longitude = requireField(*tractTable, "Longitude");
+        {
+            geodatabase::InsertCursor insert = tractTable->insert();
+            geodatabase::Cursor cursor = tracts->search();
+            geodatabase::Row source;
+            while (cursor.next(source)) {
+                const double y = source.value(sourceLatitude).toDouble();
+                const double x = source.value(sourceLongitude).toDouble();
+                geodatabase::Row row = tractTable->createRow();
+                row.setShape(geometry::Geometry::point({x, y}));
+                row.setValue(tract, source.value(sourceTract));
+                row.setValue(latitude, y);
+                row.setValue(longitude, x);
+                insert.insertRow(row);
+            }
+            insert.flush();
+        }
+        context::UpdateFieldValue(*tractTable, "stype", "D", "");
+        context::UpdateFieldValue(*tractTable, "lqfsuscat", "0", "");
+        context::UpdateFieldValue(*tractTable, "lndsuscat", "0", "");
+        context::UpdateFieldValue(*tractTable, "w_depth", "5.0", "");
+    });
+}
+
+} // namespace brevant::analysis

@@ -1,0 +1,233 @@
+#include "analysis/EqUserDefined.h"
+
+#include "analysis/AnalysisRegionFixture.h"
+#include "context/EqUtilFunctions.h"
+#include "host/local/HostRoot.h"
+#include "host/local/RegionDatabase.h"
+#include "platform/automation/ErrorNumbers.h"
+#include "platform/automation/VariantArray.h"
+#include "platform/geodatabase/FeatureClass.h"
+
+#include <gtest/gtest.h>
+
+namespace brevant::analysis {
+namespace {
+
+namespace geodatabase = platform::geodatabase;
+using platform::automation::Variant;
+using platform::automation::VariantArray;
+using test::Zone;
+
+Variant codes(std::vector<Variant> list)
+{
+    return Variant(VariantArray::of(std::move(list)));
+}
+
+const std::vector<std::string> kAddedFields{
+    "pgv",     "pga",           "sa03",           "sa10",   "LqfSettlPGD", "LqfSprPGD",
+    "LqfProb", "LndPGD",        "LndProb",        "SufFltRuptPGD", "SurfFltRuptProb"};
+
+std::size_t slotOf(std::string_view code)
+{
+    const auto& types = userDefinedMapTypes();
+    for (std::size_t i = 0; i < types.size(); ++i) {
+        if (types[i].code == code) {
+            return i;
+        }
+    }
+    ADD_FAILURE() << "no slot for " << code;
+    return 0;
+}
+
+// Two maps zones side by side; the first bridge lies in the west one, the second in the east
+// one, the third half a degree east of both.
+class UserDefinedAnalysis : public test::AnalysisRegionFixture {
+protected:
+    void SetUp() override
+    {
+        AnalysisRegionFixture::SetUp();
+        addPointInventory("hzHighwayBridge", {{"HB000001", -99.5, 40.5, "06001400100"},
+                                              {"HB000002", -98.5, 40.5, "06001400100"},
+                                              {"HB000003", -97.5, 40.5, "06001400200"}});
+    }
+
+    static std::vector<Zone> zones(double west, double east)
+    {
+        return {{-100, 40, 1, {{"paramvalue", west}}}, {-99, 40, 1, {{"paramvalue", east}}}};
+    }
+
+    void analyse(std::string table, const Variant& mapTypes, bool isPoint = true)
+    {
+        AnalyzeInvtUserDefinedScenario(table, mapTypes, Variant(), isPoint);
+    }
+
+    std::vector<double> bridgeValues(const std::string& field) const
+    {
+        const auto bridges = openClass("trn.mdb", "hzHighwayBridge");
+        std::vector<double> values;
+        for (const char* id : {"HB000001", "HB000002", "HB000003"}) {
+            values.push_back(valueOf(*bridges, id, field).toDouble());
+        }
+        return values;
+    }
+
+    void setBridgeField(const std::string& field, double value)
+    {
+        auto bridges = openClass("trn.mdb", "hzHighwayBridge");
+        if (bridges->findField(field) < 0) {
+            bridges->addField({field, geodatabase::FieldType::Double, 0, {}});
+        }
+        context::UpdateFieldValue(*bridges, field, std::to_string(value), "");
+    }
+
+    static bool anyMapOpen()
+    {
+        for (const auto& map : userDefinedState().maps) {
+            if (map) {
+                return true;
+            }
+        }
+        return false;
+    }
+};
+
+TEST_F(UserDefinedAnalysis, ShakingMapFillsItsFieldAndEveryOtherResultStartsFromZero)
+{
+    registerUserMap("PGAM", zones(0.3, 0.5));
+    setBridgeField("LqfProb", 7.0);
+
+    analyse("hzHighwayBridge", codes({"PGAM"}));
+
+    const auto bridges = openClass("trn.mdb", "hzHighwayBridge");
+    auto expected = std::vector<std::string>{"LqfProb"};
+    for (const auto& field : kAddedFields) {
+        if (field != "LqfProb") {
+            expected.push_back(field);
+        }
+    }
+    EXPECT_EQ(fieldNames(*bridges, 11), expected) << "added after the class's own, pgv first";
+    const auto& pga = bridges->fields().field(bridges->findField("pga"));
+    EXPECT_EQ(pga.type, geodatabase::FieldType::Double);
+    EXPECT_EQ(pga.alias(), "pga");
+
+    // The third bridge touches no zone: the point option leaves it at the reset value.
+    EXPECT_EQ(bridgeValues("pga"), (std::vector<double>{0.3, 0.5, 0.0}));
+    EXPECT_EQ(bridgeValues("LqfProb"), (std::vector<double>{0.0, 0.0, 0.0}));
+    EXPECT_EQ(sqlValue("SELECT pga FROM EqHighwayBridge WHERE HighwayBridgeId = 'HB000002'"),
+              "0.5");
+    EXPECT_FALSE(anyMapOpen()) << "the slots are emptied at the end";
+    EXPECT_EQ(userDefinedState().mapTypeCount, 1);
+    EXPECT_EQ(errorLog(), "");
+}
+
+TEST_F(UserDefinedAnalysis, SettlementAloneAddsNoFieldsAndWritesOnlyAnExistingField)
+{
+    registerUserMap("STGD", zones(1.5, 2.5));
+    analyse("hzHighwayBridge", codes({"STGD"}));
+    EXPECT_FALSE(userDefinedState().shakingFields);
+    EXPECT_LT(openClass("trn.mdb", "hzHighwayBridge")->findField("LqfSettlPGD"), 0);
+    EXPECT_EQ(errorLog(), "");
+
+    setBridgeField("LqfSettlPGD", 9.0);
+    analyse("hzHighwayBridge", codes({"STGD"}));
+    EXPECT_EQ(bridgeValues("LqfSettlPGD"), (std::vector<double>{1.5, 2.5, 9.0}))
+        << "not reset: the bridge outside keeps its value";
+    EXPECT_EQ(openClass("trn.mdb", "hzHighwayBridge")->findField("pga"), -1);
+}
+
+TEST_F(UserDefinedAnalysis, UnregisteredShakingCodeStillAddsAllFieldsWhenAnotherMapOpens)
+{
+    // Alone, it opens nothing and the analysis stops before touching the class.
+    EXPECT_FALSE(OpenUserDefinedMaps(codes({"PGAM"})));
+    analyse("hzHighwayBridge", codes({"PGAM", "XXXX"}));
+    EXPECT_EQ(userDefinedState().mapTypeCount, 2);
+    EXPECT_EQ(openClass("trn.mdb", "hzHighwayBridge")->findField("pga"), -1);
+
+    registerUserMap("STGD", zones(1.5, 2.5));
+    analyse("hzHighwayBridge", codes({"PGAM", "STGD"}));
+    const auto bridges = openClass("trn.mdb", "hzHighwayBridge");
+    EXPECT_EQ(fieldNames(*bridges, 11), kAddedFields);
+    EXPECT_EQ(bridgeValues("LqfSettlPGD"), (std::vector<double>{1.5, 2.5, 0.0}));
+    EXPECT_EQ(bridgeValues("pga"), (std::vector<double>{0.0, 0.0, 0.0}));
+}
+
+TEST_F(UserDefinedAnalysis, EmptyInventoryIsLeftUnchanged)
+{
+    registerUserMap("PGAM", zones(0.3, 0.5));
+    addPointInventory("hzSchool", {}, "ef.mdb");
+    const auto before = fieldNames(*openClass("ef.mdb", "hzSchool"));
+
+    analyse("hzSchool", codes({"PGAM"}));
+
+    EXPECT_EQ(fieldNames(*openClass("ef.mdb", "hzSchool")), before);
+    EXPECT_EQ(sqlValue("SELECT COUNT(*) FROM EqSchool"), "0");
+    EXPECT_EQ(errorLog(), "");
+}
+
+TEST_F(UserDefinedAnalysis, EmptyTractTableIsRebuiltAndAnalysed)
+{
+    registerUserMap("PGAM", zones(0.3, 0.5));
+    executeSql("INSERT INTO hztract (Tract, CenLat, CenLongit) VALUES "
+               "('06001400100', 40.5, -99.5), ('06001400200', 40.25, -98.75)");
+    host::local::RegionDatabase(
+        host::local::HostRoot::load(root()).regionDatabasePath("Testville"))
+        .putInventoryClass({"eqTract", "RegionBndry.mdb", "P", ""});
+
+    analyse("eqTract", codes({"PGAM"}));
+
+    const auto tracts = openClass("RegionBndry.mdb", "eqTract");
+    EXPECT_EQ(tracts->rowCount(), 2);
+    EXPECT_DOUBLE_EQ(valueOf(*tracts, "06001400200", "pga").toDouble(), 0.5);
+    EXPECT_EQ(valueOf(*tracts, "06001400200", "stype").toString(), "D");
+    EXPECT_EQ(sqlValue("SELECT pga FROM eqTract WHERE Tract = '06001400100'"), "0.3");
+}
+
+TEST_F(UserDefinedAnalysis, LineClassIsAnalysedInItsHazardTable)
+{
+    registerUserMap("PGAM", zones(0.3, 0.5));
+    addLineInventory("hzRailwaySegment", {{"RS000001", "LINESTRING (-99.8 40.2, -99.2 40.8)"},
+                                          {"RS000002", "LINESTRING (-98.8 40.2, -98.2 40.2)"}});
+
+    analyse("hzRailwaySegment", codes({"PGAM"}), false);
+
+    const auto hazard = openClass("trn.mdb", "EqRailwaySegmenthft");
+    EXPECT_DOUBLE_EQ(valueOf(*hazard, "RS000001", "pga").toDouble(), 0.3);
+    EXPECT_DOUBLE_EQ(valueOf(*hazard, "RS000002", "pga").toDouble(), 0.5);
+    EXPECT_EQ(openClass("trn.mdb", "hzRailwaySegment")->findField("pga"), -1);
+    EXPECT_EQ(sqlValue("SELECT pga FROM EqRailwaySegment WHERE RailwaySegmentId = 'RS000002'"),
+              "0.5");
+}
+
+TEST_F(UserDefinedAnalysis, FailureIsRecordedOnceByTheInnermostProcedureAndMapsStay)
+{
+    registerUserMap("PGAM", zones(0.3, 0.5));
+    // The registered rupture map does not hold the class the module reads for it.
+    registerUserMap("SRGD", zones(0.1, 0.2));
+
+    const auto error = test::errorOf([&] { analyse("hzHighwayBridge", codes({"PGAM", "SRGD"})); });
+    EXPECT_EQ(error.number(), platform::automation::LibraryCode::Procedure);
+    EXPECT_EQ(error.description(), "The map engine failed in OpenUserDefinedMaps");
+    EXPECT_EQ(errorRecordCount(), 1);
+    EXPECT_NE(errorLog().find("eqsrlqf"), std::string::npos) << errorLog();
+    EXPECT_TRUE(userDefinedState().maps[slotOf("PGAM")]) << "kept after a failure";
+
+    // A class the catalogue names but the database lacks fails one level deeper.
+    host::local::RegionDatabase(
+        host::local::HostRoot::load(root()).regionDatabasePath("Testville"))
+        .putInventoryClass({"hzGhost", "trn.mdb", "P", ""});
+    const auto deeper = test::errorOf([&] { analyse("hzGhost", codes({"PGAM"})); });
+    EXPECT_EQ(deeper.description(),
+              "The map engine failed in UpdatePointInvtForUserDefined for hzGhost in trn.mdb");
+    EXPECT_EQ(errorRecordCount(), 2);
+    EXPECT_TRUE(userDefinedState().maps[slotOf("PGAM")]);
+
+    // The next analysis does not reuse the map left behind for a code it does not list.
+    registerUserMap("STGD", zones(1.5, 2.5));
+    setBridgeField("pga", 9.0);
+    analyse("hzHighwayBridge", codes({"STGD"}));
+    EXPECT_EQ(bridgeValues("pga"), (std::vector<double>{9.0, 9.0, 9.0}));
+    EXPECT_FALSE(anyMapOpen());
+}
+
+} // namespace
+} // namespace brevant::analysis
