@@ -111,16 +111,16 @@ TEST_F(PublicClasses, MapPropertyIsSharedByAllObjects)
     EXPECT_EQ(platform::automation::getProperty(*point, "m_pMap").object(), other);
 }
 
-TEST_F(PublicClasses, MembersNotYetAvailableAreClearErrors)
+TEST_F(PublicClasses, UnknownMembersAreClearErrors)
 {
     auto dataMaps = classes().create("Brevant.EqDataMaps");
     platform::automation::ArgList args{Variant("SOIL")};
     try {
-        platform::automation::call(*dataMaps, "ClipHazardDataMaps", args);
+        platform::automation::call(*dataMaps, "ClipHazardDataMap", args);
         FAIL();
     } catch (const AutomationError& e) {
         EXPECT_EQ(e.number(), platform::automation::ErrorNumber::MemberNotFound);
-        EXPECT_NE(e.description().find("EqDataMaps.ClipHazardDataMaps"), std::string::npos);
+        EXPECT_NE(e.description().find("EqDataMaps.ClipHazardDataMap"), std::string::npos);
     }
 }
 

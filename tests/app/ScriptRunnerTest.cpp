@@ -104,7 +104,7 @@ TEST_F(Script, ErrorsCarryNumberHexSourceAndDescription)
 {
     ScriptRunner runner(m_classes, m_prompts);
     run(runner, R"({"new": "Brevant.EqDataMaps", "as": "dm"})");
-    const json missing = run(runner, R"({"call": "dm.ClipHazardDataMaps", "args": []})");
+    const json missing = run(runner, R"({"call": "dm.ClipHazardDataMap", "args": []})");
     EXPECT_FALSE(missing.at("ok"));
     EXPECT_EQ(missing.at("error").at("number"), 438);
     EXPECT_EQ(missing.at("error").at("hex"), "0x000001B6");
@@ -112,7 +112,7 @@ TEST_F(Script, ErrorsCarryNumberHexSourceAndDescription)
     EXPECT_NE(missing.at("error")
                   .at("description")
                   .get<std::string>()
-                  .find("EqDataMaps.ClipHazardDataMaps"),
+                  .find("EqDataMaps.ClipHazardDataMap"),
               std::string::npos);
 
     for (const char* bad :
