@@ -32,7 +32,10 @@ RegionDatabase::InventoryClass entryOf(const std::filesystem::path& root,
 void LocalInventoryCatalogService::GetInventoryClasses(Variant& tableNames, Variant& databaseNames,
                                                        Variant& kinds)
 {
-    const auto classes = currentDatabase(m_root).inventoryClasses();
+    auto classes = currentDatabase(m_root).inventoryClasses();
+    std::erase_if(classes, [](const auto& entry) {
+        return (entry.kind == "L" || entry.kind == "l") && entry.hazardTable.empty();
+    });
     const auto count = static_cast<int32_t>(classes.size());
     VariantArray names(count);
     VariantArray databases(count);

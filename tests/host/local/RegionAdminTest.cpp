@@ -288,6 +288,8 @@ TEST_F(RegionAdmin, InventoryIsCataloguedAndLoadedInsideTheRegion)
     EXPECT_EQ(addInventory(m_root, roads).hazardTable, "EqHighwaySegmenthft");
     InventoryRequest shelters{"", "hzCoolingCenter", 'p', "", std::nullopt, ""};
     EXPECT_EQ(addInventory(m_root, shelters).database, "uds.mdb");
+    InventoryRequest levees{"", "hzLevees", 'L', "", std::nullopt, ""};
+    EXPECT_EQ(addInventory(m_root, levees).hazardTable, "");
     EXPECT_GT(LocalSymbolCatalog(m_root).OpenSymbol("hzCoolingCenter"), 0)
         << "a class of the user's own gets a symbol";
 
@@ -301,7 +303,8 @@ TEST_F(RegionAdmin, InventoryIsCataloguedAndLoadedInsideTheRegion)
         listed.push_back(name.toString());
     }
     EXPECT_EQ(listed, (std::vector<std::string>{"eqTract", "eqGrid", "hzSchool", "hzHighwaySegment",
-                                                "hzCoolingCenter"}));
+                                                "hzCoolingCenter"}))
+        << "the levees have no hazard table to keep site conditions in";
     EXPECT_EQ(catalogue.GetHazardTableName("hzHighwaySegment"), "EqHighwaySegmenthft");
     EXPECT_EQ(catalogue.GetDatabaseName("HZSCHOOL"), "ef.mdb");
     EXPECT_THROW(catalogue.GetDatabaseName("hzNothing"), PlatformError);

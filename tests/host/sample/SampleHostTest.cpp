@@ -57,7 +57,9 @@ TEST_F(SampleHost, RegionMapsAndInventoryComeFromTheBuilders)
     platform::automation::Variant databases;
     platform::automation::Variant kinds;
     catalogue.GetInventoryClasses(names, databases, kinds);
-    EXPECT_EQ(names.array().size(), 17u) << "fifteen inventory classes, eqTract and eqGrid";
+    EXPECT_EQ(names.array().size(), 16u)
+        << "fifteen inventory classes but the levees, which keep no site conditions; eqTract and "
+           "eqGrid";
     const fs::path folder(host.regionFolder(s_report.region));
     auto hospitals = Workspace::open(folder / "ef.mdb", true).openFeatureClass("hzCareFlty");
     EXPECT_GT(hospitals->rowCount(), 0) << "footprints become points";
