@@ -247,17 +247,21 @@ small (the default) takes seconds; large has more than 1,000,000 inventory point
 more than 100,000 polygons. The same size and seed (default 1) give the same host.
 )";
 
+host::sample::SampleSize sampleSizeNamed(const std::string& name)
+{
+    return name == "small"    ? host::sample::SampleSize::Small
+           : name == "medium" ? host::sample::SampleSize::Medium
+           : name == "large"
+               ? host::sample::SampleSize::Large
+               : throw UsageError("--size is small, medium or large, not " + name);
+}
+
 int runSampleHost(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
 {
     return guarded(args, "sample-host", kSampleHostUsage, out, err, [&]() -> int {
         const Options options = parseOptions(args, 1, {"size", "seed"}, {});
         options.expectPositional(1, "DIR");
-        const std::string sizeName = options.optional("size", "small");
-        const auto size = sizeName == "small"    ? host::sample::SampleSize::Small
-                          : sizeName == "medium" ? host::sample::SampleSize::Medium
-                          : sizeName == "large"  ? host::sample::SampleSize::Large
-                                                 : throw UsageError("--size is small, medium or "
-                                                                    "large, not " + sizeName);
+        const auto size = sampleSizeNamed(options.optional("size", "small"));
         const int32_t seed = wholeNumber(options.optional("seed", "1"), "--seed");
         const auto start = std::chrono::steady_clock::now();
         const auto report = host::sample::writeSampleHost(

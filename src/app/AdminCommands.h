@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/sample/SampleSources.h"
+
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -15,6 +17,8 @@ int runAdmin(const std::vector<std::string>& args, std::ostream& out, std::ostre
 /// `brevant sample-host DIR [--size small|medium|large] [--seed N]`.
 int runSampleHost(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 extern const char* const kSampleHostUsage;
+/// The sample size named by --size; UsageError for another word.
+host::sample::SampleSize sampleSizeNamed(const std::string& name);
 
 /// The usage of a command group, or nullptr for another word.
 const char* adminUsage(const std::string& group);

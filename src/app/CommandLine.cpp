@@ -2,6 +2,7 @@
 
 #include "BrevantClasses.h"
 #include "app/AdminCommands.h"
+#include "app/DemoCommand.h"
 #include "app/GeoprocessingCommands.h"
 #include "app/ScriptRunner.h"
 #include "platform/ui/ConsolePrompts.h"
@@ -25,6 +26,7 @@ constexpr const char* kUsage = R"(Usage: brevant COMMAND [OPTIONS]
 The map engine of a multi-hazard loss-estimation system, driven from the command line.
 
 Commands:
+  demo        Build a sample host and run a typical session on it, writing each map as a PNG
   call        Create an object and call one member, print the result as JSON
   script      Run a script of JSON statements, one per line
   transfer    Copy a polygon field onto the features inside (or nearest to) them
@@ -223,12 +225,17 @@ int runCommandLine(const std::vector<std::string>& args, std::istream& in, std::
             {"call", kCallUsage},         {"script", kScriptUsage}, {"transfer", kTransferUsage},
             {"clip", kClipUsage},         {"intersect", kIntersectUsage}};
         const auto found = usages.find(topic);
-        const char* admin = topic == "sample-host" ? kSampleHostUsage : adminUsage(topic);
+        const char* admin = topic == "sample-host" ? kSampleHostUsage
+                            : topic == "demo"      ? kDemoUsage
+                                                   : adminUsage(topic);
         out << (found != usages.end() ? found->second : admin ? admin : kUsage);
         return 0;
     }
     if (adminUsage(command)) {
         return runAdmin(args, out, err);
+    }
+    if (command == "demo") {
+        return runDemo(args, out, err);
     }
     if (command == "sample-host") {
         return runSampleHost(args, out, err);

@@ -1,38 +1,18 @@
+#include "support/Executable.h"
 #include "support/HostFixture.h"
 
-#include <array>
-#include <cstdio>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <sstream>
-#include <sys/wait.h>
 
 namespace brevant::app {
 namespace {
 
 using json = nlohmann::ordered_json;
 
-struct Outcome {
-    int status = -1;
-    std::string out;
-};
-
-/// Runs the real brevant executable, as a user would.
-Outcome brevant(const std::string& arguments)
-{
-    const std::string command =
-        std::string(BREVANT_EXECUTABLE) + " " + arguments + " 2>/dev/null </dev/null";
-    FILE* pipe = popen(command.c_str(), "r");
-    Outcome run;
-    std::array<char, 4096> buffer{};
-    while (std::fgets(buffer.data(), buffer.size(), pipe)) {
-        run.out += buffer.data();
-    }
-    const int status = pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
-}
+using test::Outcome;
+const auto brevant = test::runBrevant;
 
 std::vector<json> lines(const std::string& text)
 {
