@@ -285,9 +285,9 @@ void EqPolyGon::GenerateThmMap(const std::string& /*Sqltable*/, int16_t /*iDataB
                                int16_t& /*ThmMapType*/, std::string& /*FieldNameToMap*/)
 {
     context::runTrapped(" GenerateThmMap", Procedure, [] {
+        // No title of its own: the prompts show their default one.
         platform::ui::userPrompts().messageBox("This Method is obsolete , Call GenerateThematicMap",
-                                               std::string(kMessageTitle),
-                                               platform::ui::MessageButtons::Ok);
+                                               "", platform::ui::MessageButtons::Ok);
     });
 }
 

@@ -71,7 +71,8 @@ public:
     /// Redraws the map (context::RefreshView). Tag " refreshing view".
     void RefreshMap();
 
-    /// Obsolete: only tells the user "This Method is obsolete , Call GenerateThematicMap".
+    /// Obsolete: only tells the user "This Method is obsolete , Call GenerateThematicMap" (OK
+    /// button, the default title).
     /// Tag " GenerateThmMap".
     void GenerateThmMap(const std::string& Sqltable, int16_t iDataBaseType, int16_t& ThmMapType,
                         std::string& FieldNameToMap);

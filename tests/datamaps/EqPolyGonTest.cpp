@@ -171,19 +171,42 @@ TEST_F(PolygonMaps, DefaultMapsOrderFollowsTheAggregationLevelThenRefresh)
               (std::vector<std::string>{"Study Region Boundary", "Study Region Tract"}));
 }
 
+TEST_F(PolygonMaps, PointLayersAreAddedUnselectableAndRefreshRedrawsAll)
+{
+    m_polygon->AddPointLayer(
+        geodatabase::Workspace::open(boundaryPath()).openFeatureClass("hztract"));
+    ASSERT_EQ(m_map->layerCount(), 1);
+    EXPECT_EQ(layer(0)->featureClass()->name(), "hztract");
+    EXPECT_TRUE(layer(0)->visible());
+    EXPECT_FALSE(layer(0)->selectable());
+
+    m_map->clearRefreshes();
+    call("RefreshMap");
+    ASSERT_EQ(m_map->refreshes().size(), 1u);
+    EXPECT_TRUE(m_map->refreshes().back().full);
+}
+
 TEST_F(PolygonMaps, DataMapsAreDrawnFromTheClippedClasses)
 {
     insert(*geodatabase::Workspace::open(boundaryPath()).openFeatureClass("eqsrwdepth"),
            {{kWestTract, {{"Type", 3.0}}}, {kEastTract, {{"Type", 12.0}}}});
-    for (const char* member :
-         {"MapWAterDepthDataMap", "MapSoilDataMap", "MapLqfDataMap", "MapLndDataMap"}) {
-        call(member);
+    // Drawn twice: the second round replaces the layers of the first.
+    for (int round = 0; round < 2; ++round) {
+        for (const char* member :
+             {"MapWAterDepthDataMap", "MapSoilDataMap", "MapLqfDataMap", "MapLndDataMap"}) {
+            call(member);
+        }
     }
     std::vector<std::string> classes;
     for (const auto& each : m_map->featureLayers()) {
         classes.push_back(each->featureClass()->name());
     }
     EXPECT_EQ(classes, (std::vector<std::string>{"eqsrlnd", "eqsrlqf", "eqsrsoil", "eqsrwdepth"}));
+    // Category maps take the titles of their unique-value settings.
+    EXPECT_EQ(layerNames(),
+              (std::vector<std::string>{"Landslide Susceptibility", "Liquefaction Susceptibility",
+                                        "Soil Type", "Ground Water Depth"}));
+    EXPECT_EQ(std::get<carto::UniqueValueRenderer>(layer(2)->renderer()).field(0), "type");
     // Water depth is classified over the range of its values, which the builder widens.
     EXPECT_EQ(layer(3)->name(), "Ground Water Depth");
     const auto& depths = std::get<carto::ClassBreaksRenderer>(layer(3)->renderer());
@@ -201,7 +224,7 @@ struct Candidate {
     SpatialReference spatialReference = SpatialReference::nad83();
 };
 
-class CandidateMaps : public PolygonMaps {
+class PolygonMapsCandidates : public PolygonMaps {
 protected:
     void add(const Candidate& candidate)
     {
@@ -242,7 +265,7 @@ protected:
 const Field kTextType{"type", FieldType::String, 5};
 const Field kNumericType{"Type", FieldType::SmallInteger};
 
-TEST_F(CandidateMaps, WhatCannotBeOpenedGivesZeroWithoutRaisingOrRecording)
+TEST_F(PolygonMapsCandidates, WhatCannotBeOpenedGivesZeroWithoutRaisingOrRecording)
 {
     add({"soil", ShapeType::Polygon, kTextType});
     const std::pair<int16_t, Variant> unopened{0, Variant()};
@@ -252,7 +275,7 @@ TEST_F(CandidateMaps, WhatCannotBeOpenedGivesZeroWithoutRaisingOrRecording)
     EXPECT_EQ(errorLog(), "");
 }
 
-TEST_F(CandidateMaps, ValidMapGivesOneAndItsFeatureCountAsLong)
+TEST_F(PolygonMapsCandidates, ValidMapGivesOneAndItsFeatureCountAsLong)
 {
     add({"soil", ShapeType::Polygon, kTextType});
     add({"pga", ShapeType::Polygon, Field{"ParamValue", FieldType::Double}});
@@ -265,7 +288,7 @@ TEST_F(CandidateMaps, ValidMapGivesOneAndItsFeatureCountAsLong)
     EXPECT_EQ(check("sites", std::nullopt), std::make_pair(int16_t{-1}, Variant()));
 }
 
-TEST_F(CandidateMaps, FirstFailedRuleGivesItsCode)
+TEST_F(PolygonMapsCandidates, FirstFailedRuleGivesItsCode)
 {
     const auto projected = SpatialReference::fromEpsg(26910);
     add({"numericsoil", ShapeType::Polygon, kNumericType});
@@ -275,12 +298,12 @@ TEST_F(CandidateMaps, FirstFailedRuleGivesItsCode)
     add({"projectedpoints", ShapeType::Point, std::nullopt, projected});
     add({"points", ShapeType::Point, kTextType});
 
-    // Lower-case "soil" looks for type but holds it to the numeric rule.
+    // "soil" or "Tsun" finds the field type but holds it to the numeric rule.
     const std::vector<std::tuple<std::string, std::string, int16_t>> cases{
-        {"numericsoil", "SOIL", 2}, {"textsoil", "LIQF", 2},  {"pgvalue", "PGAM", 2},
-        {"textsoil", "soil", 2},    {"textsoil", "XXXX", 2},  {"numericsoil", "LAND", 1},
-        {"textsoil", "TSUN", 1},    {"projected", "SOIL", 3}, {"projectedpoints", "SOIL", 3},
-        {"points", "SOIL", -1},
+        {"numericsoil", "SOIL", 2}, {"textsoil", "LIQF", 2},    {"pgvalue", "PGAM", 2},
+        {"textsoil", "soil", 2},    {"textsoil", "XXXX", 2},    {"numericsoil", "LAND", 1},
+        {"textsoil", "TSUN", 1},    {"projected", "SOIL", 3},   {"projectedpoints", "SOIL", 3},
+        {"points", "SOIL", -1},     {"numericsoil", "soil", 1}, {"textsoil", "Tsun", 2},
     };
     for (const auto& [className, mapType, expected] : cases) {
         const auto [result, count] = check(className, mapType);
@@ -326,6 +349,7 @@ TEST_F(ThematicMaps, GenerateThmMapOnlySaysItIsObsolete)
     call("GenerateThmMap", {"eqShakeContour", int16_t{0}, int16_t{5}, "Pga"});
     ASSERT_EQ(m_prompts->messages().size(), 1u);
     EXPECT_EQ(m_prompts->messages()[0].text, "This Method is obsolete , Call GenerateThematicMap");
+    EXPECT_EQ(m_prompts->messages()[0].title, "");
     EXPECT_EQ(m_map->layerCount(), 0);
 }
 
