@@ -5,12 +5,12 @@
 #include "host/SymbolCatalog.h"
 #include "platform/automation/AutomationError.h"
 #include "platform/automation/ErrorNumbers.h"
+#include "platform/automation/NumberText.h"
 #include "platform/automation/Variant.h"
 #include "platform/carto/FeatureLayer.h"
 #include "platform/carto/SimpleRenderer.h"
 #include "platform/ui/UserPrompts.h"
 
-#include <charconv>
 #include <memory>
 #include <string_view>
 
@@ -49,66 +49,6 @@ host::SymbolCatalog& catalogue()
                               "catalogue");
     }
     return *open;
-}
-
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-// The number a text starts with, read as the host's Val reads it: blanks before it are skipped,
-// reading stops at the first character that cannot continue the number, and no number at all
-// is 0. Parsed without the locale, so a decimal comma setting never changes a colour.
-double leadingNumber(std::string_view text)
-{
-    std::size_t i = text.find_first_not_of(" \t\r\n");
-    if (i == std::string_view::npos) {
-        return 0.0;
-    }
-    const auto at = [&](std::size_t k) { return k < text.size() ? text[k] : '\0'; };
-    bool negative = false;
-    if (at(i) == '+' || at(i) == '-') {
-        negative = at(i) == '-';
-        ++i;
-    }
-    const std::size_t begin = i;
-    bool anyDigit = false;
-    while (isDigit(at(i))) {
-        ++i;
-        anyDigit = true;
-    }
-    if (at(i) == '.') {
-        ++i;
-        while (isDigit(at(i))) {
-            ++i;
-            anyDigit = true;
-        }
-    }
-    if (!anyDigit) {
-        return 0.0;
-    }
-    std::string number(text.substr(begin, i - begin));
-    // The host's doubles also take D as the exponent letter.
-    const char letter = at(i);
-    if (letter == 'e' || letter == 'E' || letter == 'd' || letter == 'D') {
-        std::size_t k = i + 1;
-        std::string exponent = "e";
-        if (at(k) == '+' || at(k) == '-') {
-            exponent += at(k++);
-        }
-        if (isDigit(at(k))) {
-            while (isDigit(at(k))) {
-                exponent += at(k++);
-            }
-            number += exponent;
-        }
-    }
-    double value = 0.0;
-    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
-    if (error == std::errc::result_out_of_range) {
-        throw AutomationError(ErrorNumber::Overflow, kSource, "Overflow");
-    }
-    return negative ? -value : value;
 }
 
 int colourComponent(int32_t value, const char* part, const std::string& colourText)
@@ -187,10 +127,11 @@ carto::RgbColor GetColor(const std::string& colourText)
         }
         // Variant narrowing rounds half to even and raises the overflow of a too-large part.
         const int32_t red =
-            Variant(leadingNumber(std::string_view(colourText).substr(0, first))).toInt32();
+            Variant(platform::automation::leadingNumber(std::string_view(colourText).substr(0, first), kSource)).toInt32();
         const int32_t green =
             Variant(
-                leadingNumber(std::string_view(colourText).substr(first + 1, second - first - 1)))
+                platform::automation::leadingNumber(std::string_view(colourText).substr(first + 1, second - first - 1),
+                              kSource))
                 .toInt32();
         const int32_t blue = Variant(colourText.substr(second + 1)).toInt32();
         return carto::RgbColor{colourComponent(red, "red", colourText),

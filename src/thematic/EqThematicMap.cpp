@@ -11,6 +11,7 @@
 #include "platform/automation/CaseInsensitive.h"
 #include "platform/automation/Collection.h"
 #include "platform/automation/ErrorNumbers.h"
+#include "platform/automation/NumberText.h"
 #include "platform/automation/Variant.h"
 #include "platform/carto/FeatureLayer.h"
 #include "platform/carto/Map.h"
@@ -18,7 +19,6 @@
 #include "platform/ui/UserPrompts.h"
 #include "thematic/EqSimpleRenderer.h"
 
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -140,63 +140,6 @@ std::string numberText(double value)
     return Variant(value).toString();
 }
 
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-// The number an answer starts with, as the host reads a typed number: blanks before it are
-// skipped, reading stops at the first character that cannot continue it, and no number is 0.
-double numberReadFrom(std::string_view text)
-{
-    std::size_t i = text.find_first_not_of(" \t\r\n");
-    if (i == std::string_view::npos) {
-        return 0.0;
-    }
-    const auto at = [&](std::size_t k) { return k < text.size() ? text[k] : '\0'; };
-    bool negative = false;
-    if (at(i) == '+' || at(i) == '-') {
-        negative = at(i) == '-';
-        ++i;
-    }
-    const std::size_t begin = i;
-    bool anyDigit = false;
-    while (isDigit(at(i))) {
-        ++i;
-        anyDigit = true;
-    }
-    if (at(i) == '.') {
-        ++i;
-        while (isDigit(at(i))) {
-            ++i;
-            anyDigit = true;
-        }
-    }
-    if (!anyDigit) {
-        return 0.0;
-    }
-    std::size_t end = i;
-    if (at(i) == 'e' || at(i) == 'E') {
-        std::size_t k = i + 1;
-        if (at(k) == '+' || at(k) == '-') {
-            ++k;
-        }
-        if (isDigit(at(k))) {
-            while (isDigit(at(k))) {
-                ++k;
-            }
-            end = k;
-        }
-    }
-    const std::string number(text.substr(begin, end - begin));
-    double value = 0.0;
-    const auto [last, error] = std::from_chars(number.data(), number.data() + number.size(), value);
-    if (error == std::errc::result_out_of_range) {
-        throw AutomationError(ErrorNumber::Overflow, kSource,
-                              "Overflow: the number \"" + number + "\" is too large");
-    }
-    return negative ? -value : value;
-}
 
 // Empty ranges are not widened: a map of one value keeps that value as its only class.
 void widen(double& minimum, double& maximum, int16_t precision)
@@ -339,8 +282,8 @@ void CreateThematicMap(const std::string& tableName, const std::string& database
             double high = maximum;
             if (mapType == kConfidenceMapType) {
                 std::string answer = "101";
-                for (double value = numberReadFrom(answer); value < 0.0 || value > 100.0;
-                     value = numberReadFrom(answer)) {
+                for (double value = platform::automation::leadingNumber(answer, kSource); value < 0.0 || value > 100.0;
+                     value = platform::automation::leadingNumber(answer, kSource)) {
                     answer =
                         platform::ui::userPrompts()
                             .inputBox("Enter confidence value between 0 and 100", "KORVAL", "50")
@@ -349,7 +292,7 @@ void CreateThematicMap(const std::string& tableName, const std::string& database
                 if (answer.empty()) {
                     return;
                 }
-                low = numberReadFrom(answer);
+                low = platform::automation::leadingNumber(answer, kSource);
             }
 
             SetFormat(precision, tableName);
