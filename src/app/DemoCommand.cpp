@@ -128,6 +128,10 @@ public:
     int run(host::sample::SampleSize size)
     {
         const auto start = std::chrono::steady_clock::now();
+        // Marks the folder as the demo's at once, so that a run that fails half way can be
+        // run again over it.
+        m_report["maps"] = json::array();
+        writeReport();
         const fs::path root = m_dir / "host";
         host::sample::SampleHostReport sample;
         timed("sample host", [&] {
