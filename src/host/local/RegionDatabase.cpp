@@ -142,10 +142,6 @@ void RegionDatabase::markMapProcessed(const std::string& code)
     SqliteDatabase db(m_path.string(), SqliteDatabase::Mode::ReadWrite);
     SqliteDatabase::Statement update(db, "UPDATE UserMaps SET Processed = 1 WHERE Code = ?1");
     update.bind(1, code).step();
-    if (db.totalChanges() == 0) {
-        hostError(HostError::UnknownKey,
-                  "no user map is registered for " + code + " in " + m_path.string());
-    }
 }
 
 void RegionDatabase::putInventoryClass(const InventoryClass& entry)

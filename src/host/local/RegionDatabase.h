@@ -54,8 +54,8 @@ public:
     void putUserMap(const UserMap& map);
     std::optional<UserMap> userMap(const std::string& code) const;
     std::vector<UserMap> userMaps() const;
-    /// Records that the map of a code was processed; throws a host error for a code without
-    /// a map.
+    /// Records that the map of a code was processed. A code without a map has nothing to
+    /// record: its clipped map was emptied, which is processing too.
     void markMapProcessed(const std::string& code);
 
     /// Adds or replaces an inventory class.

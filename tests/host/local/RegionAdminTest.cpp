@@ -248,6 +248,9 @@ TEST_F(RegionAdmin, MapsAreRegisteredWithTheCodesValueField)
     registry.GetUserMap("SOIL", file, className, folder);
     EXPECT_EQ(file + className + folder, "") << "no map: three empty strings";
     registry.MarkMapProcessed("WATR");
+    registry.MarkMapProcessed("SOIL");
+    EXPECT_FALSE(RegionDatabase(HostRoot::load(m_root).regionDatabasePath("Testville")).userMap("SOIL"))
+        << "a code without a map stays without one";
     EXPECT_TRUE(RegionDatabase(HostRoot::load(m_root).regionDatabasePath("Testville"))
                     .userMap("WATR")
                     ->processed);
