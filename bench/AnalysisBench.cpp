@@ -56,8 +56,7 @@ constexpr const char* kInventory = "hzHighwayBridge";
 class Region {
 public:
     Region()
-        : m_root(fs::temp_directory_path() /
-                 ("brevant-analysis-bench-" + std::to_string(getpid())))
+        : m_root(fs::temp_directory_path() / ("brevant-analysis-bench-" + std::to_string(getpid())))
     {
         fs::remove_all(m_root);
         local::HostRoot host(m_root);
@@ -180,7 +179,7 @@ void UpdateProbFieldValues(benchmark::State& state)
 {
     auto& prepared = region();
     for (auto _ : state) {
-        brevant::analysis::UpdateProbFieldValues(prepared.sites(), prepared.usgs());
+        brevant::analysis::UpdateProbFieldValues(prepared.sites(), &prepared.usgs());
     }
     state.SetItemsProcessed(state.iterations() * kSites);
 }

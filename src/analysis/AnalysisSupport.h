@@ -21,8 +21,8 @@ std::shared_ptr<platform::geodatabase::FeatureClass>
 openRegionClass(const std::string& className, const std::string& databaseName);
 
 /// Opens `className` of the database at `databasePath` through the context's GisDataService.
-std::shared_ptr<platform::geodatabase::FeatureClass>
-openClassAt(const std::string& className, const std::string& databasePath);
+std::shared_ptr<platform::geodatabase::FeatureClass> openClassAt(const std::string& className,
+                                                                 const std::string& databasePath);
 
 /// Name of a line inventory class's hazard table: "Eq" + the name without its first two
 /// characters + "hft" (hzRailwaySegment gives EqRailwaySegmenthft).
@@ -36,6 +36,25 @@ bool isTractTable(std::string_view tableName);
 /// every record, so every run starts from zeros.
 void addZeroedResultField(platform::geodatabase::FeatureClass& featureClass,
                           const std::string& fieldName);
+
+/// When an update cursor walking an inventory is flushed: after every 101st feature (the
+/// count passes 100 and starts again from 0), which bounds what a long walk holds uncommitted.
+class FlushSchedule {
+public:
+    /// Counts one feature; true when the cursor is to be flushed now.
+    bool countFeature()
+    {
+        if (++m_pending > kLimit) {
+            m_pending = 0;
+            return true;
+        }
+        return false;
+    }
+
+private:
+    static constexpr int kLimit = 100;
+    int m_pending = 0;
+};
 
 /// Hands an analysed class to the host: GisUtilityService::UpdateAnalysisTable.
 void handOffAnalysisTable(const std::string& tableName, const std::string& databaseName,

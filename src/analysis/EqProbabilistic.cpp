@@ -17,6 +17,7 @@
 #include "platform/geometry/ShapeType.h"
 
 #include <array>
+#include <exception>
 #include <optional>
 #include <vector>
 
@@ -34,13 +35,17 @@ namespace {
 constexpr std::array<const char*, 4> kQuantities{"pga", "pgv", "sa03", "sa10"};
 /// The order in which their result fields are added.
 constexpr std::array<const char*, 4> kResultFields{"pgv", "pga", "sa03", "sa10"};
-/// The map's features are written back in batches of this many.
-constexpr int kFlushEvery = 100;
-
 ProbabilisticState& state()
 {
     static ProbabilisticState instance;
     return instance;
+}
+
+/// Why the "USGS" map of the running analysis did not open; null when it did.
+std::exception_ptr& usgsOpenFailure()
+{
+    static std::exception_ptr failure;
+    return failure;
 }
 
 int requireField(const geodatabase::Table& table, const std::string& name)
@@ -75,10 +80,7 @@ std::shared_ptr<geodatabase::FeatureClass> openAnalysedClass(const std::string& 
 void analyse(geodatabase::FeatureClass& featureClass)
 {
     AddFields(featureClass);
-    if (!state().usgs) {
-        context::throwObjectNotSet("USGS map");
-    }
-    UpdateProbFieldValues(featureClass, *state().usgs);
+    UpdateProbFieldValues(featureClass, state().usgs.get());
 }
 
 } // namespace
@@ -93,7 +95,15 @@ void AnalyzeProbDefinedScenario(std::string& tableName, int16_t RetrunPeriod,
 {
     context::runTrapped(" AnalyzeProbDefinedScenario", Procedure, [&] {
         state().returnPeriod = std::to_string(RetrunPeriod);
-        state().usgs = detail::openRegionClass("USGS", "USGS.mdb");
+        // A map that does not open is reported where it is first read, after the result fields
+        // were reset, so no site keeps the ground motion of an earlier run.
+        usgsOpenFailure() = nullptr;
+        try {
+            state().usgs = detail::openRegionClass("USGS", "USGS.mdb");
+        } catch (const std::exception&) {
+            state().usgs.reset();
+            usgsOpenFailure() = std::current_exception();
+        }
         OpenProbabilisticMaps(RetrunPeriod);
         const std::string databaseName =
             host::hostServices().createInventoryCatalogService()->GetDatabaseName(tableName);
@@ -157,9 +167,16 @@ void EqProbabilistic::AddField(geodatabase::FeatureClass& featureClass,
 }
 
 void UpdateProbFieldValues(geodatabase::FeatureClass& inventory,
-                           const geodatabase::FeatureClass& usgs)
+                           const geodatabase::FeatureClass* usgsMap)
 {
     context::runTrapped(" UpdateProbFieldValues", Procedure, [&] {
+        if (!usgsMap) {
+            if (const auto failure = usgsOpenFailure()) {
+                std::rethrow_exception(failure);
+            }
+            context::throwObjectNotSet("USGS map");
+        }
+        const geodatabase::FeatureClass& usgs = *usgsMap;
         const std::string& period = state().returnPeriod;
         // Map field -> result field, per quantity.
         std::array<std::pair<int, int>, 4> copied{};
@@ -188,7 +205,7 @@ void UpdateProbFieldValues(geodatabase::FeatureClass& inventory,
 
         geodatabase::Cursor cursor = inventory.update();
         geodatabase::Row row;
-        int pending = 0;
+        detail::FlushSchedule flushes;
         while (cursor.next(row)) {
             const geometry::Geometry& shape = row.shape();
             std::optional<std::size_t> match;
@@ -209,8 +226,7 @@ void UpdateProbFieldValues(geodatabase::FeatureClass& inventory,
                 }
                 cursor.updateRow(row);
             }
-            if (++pending > kFlushEvery) {
-                pending = 0;
+            if (flushes.countFeature()) {
                 cursor.flush();
             }
         }

@@ -37,8 +37,9 @@ const ProbabilisticState& probabilisticState();
 
 /// Analyses the inventory class `tableName` (its database from InventoryCatalogService) for the
 /// return period `RetrunPeriod`: opens "USGS", stores the map-type list, updates the point
-/// class or the line class's hazard table and releases the map. `vProgressBar` is accepted and
-/// not used. Tag " AnalyzeProbDefinedScenario".
+/// class or the line class's hazard table and releases the map. A "USGS" map that does not
+/// open ends the analysis in UpdateProbFieldValues, once the result fields were reset to 0.0.
+/// `vProgressBar` is accepted and not used. Tag " AnalyzeProbDefinedScenario".
 void AnalyzeProbDefinedScenario(std::string& tableName, int16_t RetrunPeriod,
                                 const platform::automation::Variant& vProgressBar, bool isPoint);
 
@@ -71,10 +72,12 @@ void AddField(platform::geodatabase::FeatureClass& featureClass, const std::stri
 } // namespace EqProbabilistic
 
 /// Copies, for every inventory feature, the four values of the current return period from the
-/// map polygon that contains it, or else from the nearest polygon at any distance. A missing
-/// source or result field is an error. Tag " UpdateProbFieldValues".
+/// map polygon that contains it, or else from the nearest polygon at any distance, flushing
+/// the cursor after every 101 features. A missing source or result field is an error; so is a
+/// null `usgs` (the map did not open: the analysis's open failure is raised here). Tag
+/// " UpdateProbFieldValues".
 void UpdateProbFieldValues(platform::geodatabase::FeatureClass& inventory,
-                           const platform::geodatabase::FeatureClass& usgs);
+                           const platform::geodatabase::FeatureClass* usgs);
 
 /// Fills "eqTract" of RegionFolder + "RegionBndry.mdb" with one point per row of the server
 /// table "hztract" (X "CenLongit", Y "CenLat"; "Tract", "Latitude", "Longitude" copied) and

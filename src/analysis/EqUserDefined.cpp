@@ -37,9 +37,8 @@ constexpr std::array<UserDefinedMapType, 11> kMapTypes{{
 
 /// The order in which AddUDSFields adds the result fields (pgv before pga).
 constexpr std::array<const char*, 11> kFieldOrder{
-    "pgv",     "pga",           "sa03",           "sa10",
-    "LqfSettlPGD", "LqfSprPGD", "LqfProb",        "LndPGD",
-    "LndProb", "SufFltRuptPGD", "SurfFltRuptProb"};
+    "pgv",     "pga",    "sa03",    "sa10",          "LqfSettlPGD",    "LqfSprPGD",
+    "LqfProb", "LndPGD", "LndProb", "SufFltRuptPGD", "SurfFltRuptProb"};
 
 UserDefinedState& state()
 {
@@ -173,7 +172,8 @@ void UpdatePointInvtForUserDefined(const std::string& databaseName, const std::s
 
 void UpdateLineInvtForUserDefined(const std::string& databaseName, const std::string& tableName)
 {
-    const std::string tag = " UpdateLineInvtForUserDefined for " + tableName + " in " + databaseName;
+    const std::string tag =
+        " UpdateLineInvtForUserDefined for " + tableName + " in " + databaseName;
     context::runTrapped(tag, Procedure, [&] {
         const auto hazardTable =
             detail::openRegionClass(detail::lineHazardTableName(tableName), databaseName);

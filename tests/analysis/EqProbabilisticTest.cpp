@@ -1,6 +1,7 @@
 #include "analysis/EqProbabilistic.h"
 
 #include "analysis/AnalysisRegionFixture.h"
+#include "analysis/AnalysisSupport.h"
 #include "context/EqUtilFunctions.h"
 #include "host/local/HostRoot.h"
 #include "host/local/RegionDatabase.h"
@@ -8,7 +9,9 @@
 #include "platform/automation/VariantArray.h"
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
+#include "platform/geodatabase/Workspace.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace brevant::analysis {
@@ -35,13 +38,19 @@ protected:
         writeUsgsMap({{-100,
                        40,
                        1,
-                       {{"pga100", 0.01}, {"pga500", 0.11}, {"pgv500", 12.0},
-                        {"sa03500", 0.21}, {"sa10500", 0.31}}},
+                       {{"pga100", 0.01},
+                        {"pga500", 0.11},
+                        {"pgv500", 12.0},
+                        {"sa03500", 0.21},
+                        {"sa10500", 0.31}}},
                       {-99,
                        40,
                        1,
-                       {{"pga100", 0.02}, {"pga500", 0.12}, {"pgv500", 22.0},
-                        {"sa03500", 0.22}, {"sa10500", 0.32}}}});
+                       {{"pga100", 0.02},
+                        {"pga500", 0.12},
+                        {"pgv500", 22.0},
+                        {"sa03500", 0.22},
+                        {"sa10500", 0.32}}}});
     }
 
     void analyse(std::string table, int16_t period, bool isPoint = true)
@@ -106,12 +115,64 @@ TEST_F(ProbabilisticAnalysis, UnknownReturnPeriodIsRecordedByTheFieldLookup)
     EXPECT_TRUE(probabilisticState().usgs) << "a failure leaves the map open";
 }
 
-TEST_F(ProbabilisticAnalysis, MissingMapEndsTheAnalysisBeforeAnyField)
+TEST_F(ProbabilisticAnalysis, MissingMapEndsTheAnalysisAfterTheFieldsWereReset)
 {
+    writeTwoZones();
+    analyse("hzHighwayBridge", 500);
+    std::filesystem::remove(regionFolder() + "USGS.mdb");
+
     const auto error = test::errorOf([&] { analyse("hzHighwayBridge", 500); });
-    EXPECT_EQ(error.description(), "The map engine failed in AnalyzeProbDefinedScenario");
+    EXPECT_EQ(error.description(), "The map engine failed in UpdateProbFieldValues");
     EXPECT_EQ(errorRecordCount(), 1);
-    EXPECT_EQ(openClass("trn.mdb", "hzHighwayBridge")->findField("pga"), -1);
+    EXPECT_NE(errorLog().find("USGS.mdb"), std::string::npos) << "the reason is kept";
+    EXPECT_EQ(bridgeValues("pga"), (std::vector<double>{0.0, 0.0, 0.0}))
+        << "no site keeps the values of the earlier run";
+    EXPECT_EQ(bridgeValues("sa10"), (std::vector<double>{0.0, 0.0, 0.0}));
+}
+
+TEST_F(ProbabilisticAnalysis, ContainingPolygonWinsOverOneTheSiteOnlyTouches)
+{
+    // The east zone overlaps the west one: a site on the west zone's east edge lies inside the
+    // east zone, while both are at distance 0 from it.
+    writeUsgsMap(
+        {{-100, 40, 1, {{"pga500", 0.11}, {"pgv500", 1.0}, {"sa03500", 0.0}, {"sa10500", 0.0}}},
+         {-99.5, 40, 1, {{"pga500", 0.12}, {"pgv500", 2.0}, {"sa03500", 0.0}, {"sa10500", 0.0}}}});
+    addPointInventory(
+        "hzSchool",
+        {{"HS000001", -99.0, 40.5}, {"HS000002", -99.8, 40.5}, {"HS000003", -60.0, 10.0}},
+        "ef.mdb");
+
+    analyse("hzSchool", 500);
+
+    const auto schools = openClass("ef.mdb", "hzSchool");
+    EXPECT_DOUBLE_EQ(valueOf(*schools, "HS000001", "pga").toDouble(), 0.12);
+    EXPECT_DOUBLE_EQ(valueOf(*schools, "HS000002", "pga").toDouble(), 0.11);
+    EXPECT_DOUBLE_EQ(valueOf(*schools, "HS000003", "pgv").toDouble(), 2.0)
+        << "far outside, the nearest zone still gives its values";
+}
+
+TEST_F(ProbabilisticAnalysis, EachProcedureRecordsItsFailureUnderItsOwnTag)
+{
+    writeTwoZones();
+    const auto description = [](auto&& body) { return test::errorOf(body).description(); };
+
+    EXPECT_EQ(description([&] { analyse("hzUncatalogued", 500); }),
+              "The map engine failed in AnalyzeProbDefinedScenario");
+    EXPECT_EQ(description([] { UpdatePointInvtForProbabilistic("trn.mdb", "hzGhost"); }),
+              "The map engine failed in UpdatePointInvtForProbabilistic hzGhost in trn.mdb");
+
+    const auto readOnly = geodatabase::Workspace::open(regionFolder() + "trn.mdb", true)
+                              .openFeatureClass("hzHighwayBridge");
+    EXPECT_EQ(description([&] { EqProbabilistic::AddField(*readOnly, "pga"); }),
+              "The map engine failed in AddField ");
+    EXPECT_EQ(description([&] { AddFields(*readOnly); }), "The map engine failed in AddField ");
+
+    // Without the server's tract table the rebuild of an empty eqTract fails.
+    catalogueTracts();
+    executeSql("DROP TABLE hztract");
+    EXPECT_EQ(description([&] { analyse("eqTract", 500); }),
+              "The map engine failed in RecreateTractHFT");
+    EXPECT_EQ(errorRecordCount(), 5);
 }
 
 TEST_F(ProbabilisticAnalysis, EmptyTractTableIsRebuiltWithDefaultSiteValues)
@@ -123,25 +184,31 @@ TEST_F(ProbabilisticAnalysis, EmptyTractTableIsRebuiltWithDefaultSiteValues)
 
     analyse("eqTract", 500);
 
-    const auto tracts = openClass("RegionBndry.mdb", "eqTract");
-    ASSERT_EQ(tracts->rowCount(), 2);
-    geodatabase::Cursor cursor = tracts->search();
-    geodatabase::Row row;
-    ASSERT_TRUE(cursor.next(row));
-    EXPECT_EQ(row.value(tracts->findField("Tract")).toString(), "06001400100");
-    EXPECT_DOUBLE_EQ(row.shape().firstPoint().x, -99.5);
-    EXPECT_DOUBLE_EQ(row.shape().firstPoint().y, 40.5);
-    EXPECT_DOUBLE_EQ(row.value(tracts->findField("Longitude")).toDouble(), -99.5);
-    EXPECT_DOUBLE_EQ(row.value(tracts->findField("Latitude")).toDouble(), 40.5);
-    for (const char* id : {"06001400100", "06001400200"}) {
-        EXPECT_EQ(valueOf(*tracts, id, "stype").toString(), "D");
-        EXPECT_EQ(valueOf(*tracts, id, "lqfsuscat").toInt32(), 0);
-        EXPECT_EQ(valueOf(*tracts, id, "lndsuscat").toInt32(), 0);
-        EXPECT_DOUBLE_EQ(valueOf(*tracts, id, "w_depth").toDouble(), 5.0);
+    {
+        const auto tracts = openClass("RegionBndry.mdb", "eqTract");
+        ASSERT_EQ(tracts->rowCount(), 2);
+        geodatabase::Cursor cursor = tracts->search();
+        geodatabase::Row row;
+        ASSERT_TRUE(cursor.next(row));
+        EXPECT_EQ(row.value(tracts->findField("Tract")).toString(), "06001400100");
+        EXPECT_DOUBLE_EQ(row.shape().firstPoint().x, -99.5);
+        EXPECT_DOUBLE_EQ(row.shape().firstPoint().y, 40.5);
+        EXPECT_DOUBLE_EQ(row.value(tracts->findField("Longitude")).toDouble(), -99.5);
+        EXPECT_DOUBLE_EQ(row.value(tracts->findField("Latitude")).toDouble(), 40.5);
+        for (const char* id : {"06001400100", "06001400200"}) {
+            EXPECT_EQ(valueOf(*tracts, id, "stype").toString(), "D");
+            EXPECT_EQ(valueOf(*tracts, id, "lqfsuscat").toInt32(), 0);
+            EXPECT_EQ(valueOf(*tracts, id, "lndsuscat").toInt32(), 0);
+            EXPECT_DOUBLE_EQ(valueOf(*tracts, id, "w_depth").toDouble(), 5.0);
+        }
+        EXPECT_DOUBLE_EQ(valueOf(*tracts, "06001400200", "pga").toDouble(), 0.12);
+        EXPECT_EQ(sqlValue("SELECT w_depth || ' ' || pga FROM eqTract WHERE Tract = '06001400100'"),
+                  "5.0 0.11");
     }
-    EXPECT_DOUBLE_EQ(valueOf(*tracts, "06001400200", "pga").toDouble(), 0.12);
-    EXPECT_EQ(sqlValue("SELECT w_depth || ' ' || pga FROM eqTract WHERE Tract = '06001400100'"),
-              "5.0 0.11");
+
+    // Only an empty table is rebuilt (the reads above are closed, so the file is not locked).
+    analyse("eqTract", 100);
+    EXPECT_EQ(openClass("RegionBndry.mdb", "eqTract")->rowCount(), 2);
 }
 
 TEST_F(ProbabilisticAnalysis, EveryFeatureIsWrittenAcrossFlushBatches)
@@ -189,6 +256,18 @@ TEST_F(ProbabilisticAnalysis, LineClassIsAnalysedInItsHazardTable)
     const auto error = test::errorOf([] { UpdateLineInvtForProbabilistic("trn.mdb", "hzNone"); });
     EXPECT_EQ(error.description(),
               "The map engine failed in UpdateLineInvtForProbabilistichzNone in trn.mdb");
+}
+
+TEST(ProbabilisticAnalysisCursor, FlushesAfterEvery101Features)
+{
+    detail::FlushSchedule schedule;
+    std::vector<int> flushedAfter;
+    for (int feature = 1; feature <= 303; ++feature) {
+        if (schedule.countFeature()) {
+            flushedAfter.push_back(feature);
+        }
+    }
+    EXPECT_EQ(flushedAfter, (std::vector<int>{101, 202, 303}));
 }
 
 } // namespace

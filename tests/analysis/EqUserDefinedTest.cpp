@@ -6,7 +6,9 @@
 #include "host/local/RegionDatabase.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/VariantArray.h"
+#include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
+#include "platform/geodatabase/Workspace.h"
 
 #include <gtest/gtest.h>
 
@@ -24,8 +26,8 @@ Variant codes(std::vector<Variant> list)
 }
 
 const std::vector<std::string> kAddedFields{
-    "pgv",     "pga",           "sa03",           "sa10",   "LqfSettlPGD", "LqfSprPGD",
-    "LqfProb", "LndPGD",        "LndProb",        "SufFltRuptPGD", "SurfFltRuptProb"};
+    "pgv",     "pga",    "sa03",    "sa10",          "LqfSettlPGD",    "LqfSprPGD",
+    "LqfProb", "LndPGD", "LndProb", "SufFltRuptPGD", "SurfFltRuptProb"};
 
 std::size_t slotOf(std::string_view code)
 {
@@ -123,6 +125,9 @@ TEST_F(UserDefinedAnalysis, ShakingMapFillsItsFieldAndEveryOtherResultStartsFrom
 TEST_F(UserDefinedAnalysis, SettlementAloneAddsNoFieldsAndWritesOnlyAnExistingField)
 {
     registerUserMap("STGD", zones(1.5, 2.5));
+    // A flag left set by an earlier list must not carry over into this analysis.
+    EXPECT_FALSE(OpenUserDefinedMaps(codes({"PGVM"})));
+    ASSERT_TRUE(userDefinedState().shakingFields);
     analyse("hzHighwayBridge", codes({"STGD"}));
     EXPECT_FALSE(userDefinedState().shakingFields);
     EXPECT_LT(openClass("trn.mdb", "hzHighwayBridge")->findField("LqfSettlPGD"), 0);
@@ -161,6 +166,47 @@ TEST_F(UserDefinedAnalysis, EmptyInventoryIsLeftUnchanged)
 
     EXPECT_EQ(fieldNames(*openClass("ef.mdb", "hzSchool")), before);
     EXPECT_EQ(sqlValue("SELECT COUNT(*) FROM EqSchool"), "0");
+    EXPECT_FALSE(anyMapOpen()) << "emptied although no record was updated";
+    EXPECT_EQ(errorLog(), "");
+}
+
+TEST_F(UserDefinedAnalysis, SurfaceRuptureMapsAreReadFromTheSusceptibilityClassesOfTheirFile)
+{
+    // One file holds the registered class and the two classes the rupture codes read.
+    {
+        auto workspace = geodatabase::Workspace::createGeoPackage(regionFolder() + "Rupture.mdb");
+        const geodatabase::Fields fields(
+            {{"paramvalue", geodatabase::FieldType::Double, 0, {}, {}}});
+        const auto addClass = [&](const std::string& name, double x, double value) {
+            auto map =
+                workspace.createFeatureClass(name, fields, platform::geometry::ShapeType::Polygon);
+            geodatabase::InsertCursor insert = map->insert();
+            auto row = map->createRow();
+            row.setValue(map->findField("paramvalue"), value);
+            row.setShape(platform::geometry::Geometry::fromWkt(
+                "POLYGON ((" + std::to_string(x) + " 40, " + std::to_string(x + 1) + " 40, " +
+                std::to_string(x + 1) + " 41, " + std::to_string(x) + " 41, " + std::to_string(x) +
+                " 40))"));
+            insert.insertRow(row);
+            insert.flush();
+        };
+        addClass("eqsrlqf", -100, 0.7);
+        addClass("eqsrlnd", -99, 0.9);
+        addClass("eqSrRupture", -100, 5.0);
+    }
+    host::local::RegionDatabase database(
+        host::local::HostRoot::load(root()).regionDatabasePath("Testville"));
+    database.putUserMap({"SRGD", "Rupture.mdb", "eqSrRupture", "", ""});
+    database.putUserMap({"SRPR", "Rupture.mdb", "eqSrRupture", "", ""});
+
+    // PGVM has no map: it only asks for the result fields.
+    analyse("hzHighwayBridge", codes({"PGVM", "SRGD", "SRPR"}));
+
+    EXPECT_EQ(bridgeValues("SufFltRuptPGD"), (std::vector<double>{0.7, 0.0, 0.0}));
+    EXPECT_EQ(bridgeValues("SurfFltRuptProb"), (std::vector<double>{0.0, 0.9, 0.0}));
+    EXPECT_EQ(sqlValue("SELECT SurfFltRuptProb FROM EqHighwayBridge WHERE HighwayBridgeId = "
+                       "'HB000002'"),
+              "0.9");
     EXPECT_EQ(errorLog(), "");
 }
 
@@ -169,8 +215,7 @@ TEST_F(UserDefinedAnalysis, EmptyTractTableIsRebuiltAndAnalysed)
     registerUserMap("PGAM", zones(0.3, 0.5));
     executeSql("INSERT INTO hztract (Tract, CenLat, CenLongit) VALUES "
                "('06001400100', 40.5, -99.5), ('06001400200', 40.25, -98.75)");
-    host::local::RegionDatabase(
-        host::local::HostRoot::load(root()).regionDatabasePath("Testville"))
+    host::local::RegionDatabase(host::local::HostRoot::load(root()).regionDatabasePath("Testville"))
         .putInventoryClass({"eqTract", "RegionBndry.mdb", "P", ""});
 
     analyse("eqTract", codes({"PGAM"}));
@@ -212,8 +257,7 @@ TEST_F(UserDefinedAnalysis, FailureIsRecordedOnceByTheInnermostProcedureAndMapsS
     EXPECT_TRUE(userDefinedState().maps[slotOf("PGAM")]) << "kept after a failure";
 
     // A class the catalogue names but the database lacks fails one level deeper.
-    host::local::RegionDatabase(
-        host::local::HostRoot::load(root()).regionDatabasePath("Testville"))
+    host::local::RegionDatabase(host::local::HostRoot::load(root()).regionDatabasePath("Testville"))
         .putInventoryClass({"hzGhost", "trn.mdb", "P", ""});
     const auto deeper = test::errorOf([&] { analyse("hzGhost", codes({"PGAM"})); });
     EXPECT_EQ(deeper.description(),
@@ -227,6 +271,27 @@ TEST_F(UserDefinedAnalysis, FailureIsRecordedOnceByTheInnermostProcedureAndMapsS
     analyse("hzHighwayBridge", codes({"STGD"}));
     EXPECT_EQ(bridgeValues("pga"), (std::vector<double>{9.0, 9.0, 9.0}));
     EXPECT_FALSE(anyMapOpen());
+}
+
+TEST_F(UserDefinedAnalysis, EachProcedureRecordsItsFailureUnderItsOwnTag)
+{
+    registerUserMap("PGAM", zones(0.3, 0.5));
+    const auto description = [](auto&& body) { return test::errorOf(body).description(); };
+
+    EXPECT_EQ(description([&] { analyse("hzUncatalogued", codes({"PGAM"})); }),
+              "The map engine failed in AnalyzeInvtUserDefinedScenario");
+    EXPECT_EQ(description([] { UpdateLineInvtForUserDefined("trn.mdb", "hzNone"); }),
+              "The map engine failed in UpdateLineInvtForUserDefined for hzNone in trn.mdb");
+
+    // A class that cannot take new fields fails in AddField, also under AddUDSFields.
+    const auto readOnly = geodatabase::Workspace::open(regionFolder() + "trn.mdb", true)
+                              .openFeatureClass("hzHighwayBridge");
+    EXPECT_EQ(description([&] { EqUserDefined::AddField(*readOnly, "pga"); }),
+              "The map engine failed in AddField ");
+    ASSERT_TRUE(OpenUserDefinedMaps(codes({"PGAM"})));
+    EXPECT_EQ(description([&] { AddUDSFields(*readOnly); }), "The map engine failed in AddField ");
+    EXPECT_EQ(errorRecordCount(), 4);
+    EXPECT_EQ(openClass("trn.mdb", "hzHighwayBridge")->findField("pgv"), -1);
 }
 
 } // namespace
