@@ -157,7 +157,7 @@ json optionalSymbol(const std::optional<carto::Symbol>& symbol)
     return symbol ? describeSymbol(*symbol) : json(nullptr);
 }
 
-json renderer(const carto::Renderer& value)
+json renderer(const carto::Renderer& described)
 {
     return std::visit(
         Overloaded{
@@ -207,7 +207,7 @@ json renderer(const carto::Renderer& value)
                 }
                 return out;
             }},
-        value);
+        described);
 }
 
 json dataOf(const std::shared_ptr<platform::geodatabase::FeatureClass>& table)
@@ -312,11 +312,11 @@ json element(const carto::Element& item)
             out["divisions"] = scale->divisions();
             out["units"] = scale->units() == carto::ScaleUnits::Miles ? "miles" : "kilometers";
         }
-    } else if (const auto* frame = dynamic_cast<const carto::FrameElement*>(&item)) {
+    } else if (const auto* plainFrame = dynamic_cast<const carto::FrameElement*>(&item)) {
         out["kind"] = "frame";
-        out["border"] = frame->border() ? lineSymbol(*frame->border()) : json(nullptr);
+        out["border"] = plainFrame->border() ? lineSymbol(*plainFrame->border()) : json(nullptr);
         out["background"] =
-            frame->background() ? describeSymbol(*frame->background()) : json(nullptr);
+            plainFrame->background() ? describeSymbol(*plainFrame->background()) : json(nullptr);
     } else {
         out["kind"] = std::string(item.className());
     }
