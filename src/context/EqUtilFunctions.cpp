@@ -115,13 +115,7 @@ void UpdateFieldValue(geodatabase::Table& table, const std::string& field, const
         if (table.rowCount(filter) == 0) {
             return;
         }
-        geodatabase::Cursor cursor = table.update(filter);
-        geodatabase::Row row;
-        while (cursor.next(row)) {
-            row.setValue(index, Variant(value));
-            cursor.updateRow(row);
-        }
-        cursor.flush();
+        table.calculate(index, Variant(value), filter);
     });
 }
 

@@ -41,6 +41,43 @@ WhereClause::FieldResolver resolverOf(const TableData& table)
         return table.fields->field(index).name;
     };
 }
+
+// Binds a value as the storage keeps a field of `type`; conversion errors are the value's own.
+void bindValue(sqlite3_stmt* statement, int parameter, FieldType type,
+               const automation::Variant& value)
+{
+    if (value.isNull() || value.isEmpty()) {
+        sqlite3_bind_null(statement, parameter);
+        return;
+    }
+    switch (type) {
+    case FieldType::SmallInteger:
+    case FieldType::Integer:
+    case FieldType::OID:
+        sqlite3_bind_int64(statement, parameter, value.toInt32());
+        break;
+    case FieldType::Single:
+    case FieldType::Double:
+        sqlite3_bind_double(statement, parameter, value.toDouble());
+        break;
+    case FieldType::Date: {
+        std::string text = value.toDate().toString();
+        if (text.size() == 10) {
+            text += " 00:00:00";
+        }
+        text[10] = 'T';
+        text += ".000Z";
+        sqlite3_bind_text(statement, parameter, text.c_str(), -1, SQLITE_TRANSIENT);
+        break;
+    }
+    default: {
+        const std::string text = value.toString();
+        sqlite3_bind_text(statement, parameter, text.c_str(), static_cast<int>(text.size()),
+                          SQLITE_TRANSIENT);
+        break;
+    }
+    }
+}
 } // namespace
 
 Row readRow(const TableData& table, const OGRFeature& feature,
@@ -137,6 +174,44 @@ std::optional<int64_t> countBySql(WorkspaceData& workspace, const TableData& tab
     return count;
 }
 
+std::optional<int64_t> calculateBySql(WorkspaceData& workspace, const TableData& table, int index,
+                                      const automation::Variant& value, const QueryFilter& filter)
+{
+    sqlite3* db = workspace.sqliteHandle();
+    // A read-only workspace takes the cursor's way, which says why it cannot.
+    if (!db || workspace.readOnly || !filter.intersects.isNull()) {
+        return std::nullopt;
+    }
+    table.requireLayer(workspace);
+    const WhereClause clause = checkedClause(workspace, table, filter.whereClause);
+    const Field& field = table.fields->field(index);
+    std::string sql = "UPDATE " + gdal::sqlName(table.name) + " SET " + gdal::sqlName(field.name) +
+                      " = ?";
+    if (!clause.isEmpty()) {
+        sql += " WHERE " + clause.toSqlite(resolverOf(table));
+    }
+    sqlite3_stmt* raw = nullptr;
+    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &raw, nullptr) != SQLITE_OK) {
+        sqlite3_finalize(raw);
+        fail(CPLE_AppDefined, "cannot prepare \"" + sql + "\" on " +
+                                  workspace.describe(table.name) + ": " + sqlite3_errmsg(db));
+    }
+    const std::unique_ptr<sqlite3_stmt, CursorState::StatementDeleter> statement(raw);
+    bindValue(statement.get(), 1, field.type, value);
+    workspace.beginWrite();
+    if (sqlite3_step(statement.get()) != SQLITE_DONE) {
+        const std::string reason = sqlite3_errmsg(db);
+        workspace.commit();
+        fail(CPLE_AppDefined,
+             "cannot set " + field.name + " of " + workspace.describe(table.name) + ": " + reason);
+    }
+    const int64_t changed = sqlite3_changes64(db);
+    if (!workspace.commit()) {
+        fail(CPLE_FileIO, "cannot commit changes to " + workspace.describe(table.name));
+    }
+    return changed;
+}
+
 CursorState::~CursorState()
 {
     if (result) {
@@ -195,38 +270,7 @@ bool CursorState::writeAttributes(const Row& row)
         if (!changed[static_cast<std::size_t>(i)]) {
             continue;
         }
-        const automation::Variant& value = row.value(i);
-        if (value.isNull() || value.isEmpty()) {
-            sqlite3_bind_null(statement, parameter++);
-            continue;
-        }
-        switch (fields.field(i).type) {
-        case FieldType::SmallInteger:
-        case FieldType::Integer:
-        case FieldType::OID:
-            sqlite3_bind_int64(statement, parameter++, value.toInt32());
-            break;
-        case FieldType::Single:
-        case FieldType::Double:
-            sqlite3_bind_double(statement, parameter++, value.toDouble());
-            break;
-        case FieldType::Date: {
-            std::string text = value.toDate().toString();
-            if (text.size() == 10) {
-                text += " 00:00:00";
-            }
-            text[10] = 'T';
-            text += ".000Z";
-            sqlite3_bind_text(statement, parameter++, text.c_str(), -1, SQLITE_TRANSIENT);
-            break;
-        }
-        default: {
-            const std::string text = value.toString();
-            sqlite3_bind_text(statement, parameter++, text.c_str(),
-                              static_cast<int>(text.size()), SQLITE_TRANSIENT);
-            break;
-        }
-        }
+        bindValue(statement, parameter++, fields.field(i).type, row.value(i));
     }
     sqlite3_bind_int64(statement, parameter, row.oid());
     workspace->beginWrite();

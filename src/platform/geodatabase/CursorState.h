@@ -54,6 +54,10 @@ std::unique_ptr<CursorState> openCursor(const std::shared_ptr<WorkspaceData>& wo
 /// Counts rows with one query where the storage can; nullopt when rows must be walked.
 std::optional<int64_t> countBySql(WorkspaceData& workspace, const TableData& table,
                                   const QueryFilter& filter);
+/// Sets one field to one value in the rows the filter selects with one statement, where the
+/// storage can; returns how many changed, or nullopt when rows must be walked.
+std::optional<int64_t> calculateBySql(WorkspaceData& workspace, const TableData& table, int index,
+                                      const automation::Variant& value, const QueryFilter& filter);
 /// A row from a feature; `resultIndex` maps fields to the feature's attributes (null: the
 /// table's own layout).
 Row readRow(const TableData& table, const OGRFeature& feature,

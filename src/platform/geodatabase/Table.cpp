@@ -184,6 +184,26 @@ int64_t Table::deleteSearchedRows(const QueryFilter& filter)
     return deleted;
 }
 
+int64_t Table::calculate(int index, const automation::Variant& value, const QueryFilter& filter)
+{
+    // Checks the field as a row would, before anything is written.
+    Row probe = createRow();
+    probe.setValue(index, value);
+    if (auto changed = calculateBySql(*m_workspace, *m_data, index, value, filter)) {
+        return *changed;
+    }
+    int64_t changed = 0;
+    Cursor cursor = update(filter);
+    Row row;
+    while (cursor.next(row)) {
+        row.setValue(index, value);
+        cursor.updateRow(row);
+        ++changed;
+    }
+    cursor.flush();
+    return changed;
+}
+
 Row Table::createRow() const
 {
     return Row(m_data->fields, -1);

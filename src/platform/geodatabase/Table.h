@@ -51,6 +51,9 @@ public:
     InsertCursor insert();
     /// Deletes the rows the filter lets through; returns how many.
     int64_t deleteSearchedRows(const QueryFilter& filter = {});
+    /// Sets field `index` to `value` in the rows the filter lets through, as an update cursor
+    /// would row by row (one statement where the storage allows); returns how many.
+    int64_t calculate(int index, const automation::Variant& value, const QueryFilter& filter = {});
     /// A new, unsaved row with this table's fields.
     Row createRow() const;
     /// The row with an identifier, or nullopt.

@@ -1,3 +1,4 @@
+#include "platform/automation/AutomationError.h"
 #include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
@@ -109,6 +110,39 @@ TEST_P(Storage, InsertSearchUpdateDelete)
     const auto envelope = tracts->extent();
     EXPECT_DOUBLE_EQ(envelope.xmin(), -122.0);
     EXPECT_DOUBLE_EQ(envelope.xmax(), -121.0);
+}
+
+TEST_P(Storage, CalculateSetsOneFieldWhereTheClauseSays)
+{
+    Workspace workspace = create();
+    auto tracts = workspace.createFeatureClass("hztract", tractFields(), ShapeType::Point);
+    addTracts(*tracts, {{"06001400100", 10, -122.0}, {"06001400200", 20, -121.0},
+                        {"06013300100", 30, -120.0}});
+    const int depth = tracts->findField("w_depth");
+    const int category = tracts->findField("lqfsuscat");
+    // Text in, the field's own type stored, as a row would store it.
+    EXPECT_EQ(tracts->calculate(depth, Variant("5.0")), 3);
+    EXPECT_EQ(tracts->calculate(category, Variant("3"), QueryFilter::where("[Population] > 15")), 2);
+    EXPECT_EQ(tracts->calculate(depth, Variant::null(), QueryFilter::where("[Tract] = '06013300100'")),
+              1);
+    EXPECT_EQ(tracts->calculate(depth, Variant(1.0), QueryFilter::where("[Population] > 99")), 0);
+
+    const auto text = [](const Variant& v) { return v.isNull() ? "null" : v.toString(); };
+    std::vector<std::string> seen;
+    Cursor cursor = tracts->search();
+    Row row;
+    while (cursor.next(row)) {
+        seen.push_back(text(row.value(2)) + " " + text(row.value(depth)) + " " +
+                       text(row.value(category)));
+        EXPECT_FALSE(row.shape().isNull()) << "the shape stays";
+    }
+    EXPECT_EQ(seen, (std::vector<std::string>{"06001400100 5 null", "06001400200 5 3",
+                                              "06013300100 null 3"}));
+
+    // A value the field cannot hold changes nothing.
+    EXPECT_THROW(tracts->calculate(category, Variant("many")), automation::AutomationError);
+    EXPECT_EQ(tracts->rowCount(QueryFilter::where("[lqfsuscat] = 3")), 2);
+    EXPECT_THROW(tracts->calculate(0, Variant(int32_t{1})), automation::PlatformError);
 }
 
 TEST_P(Storage, NamesAndTextCompareWithoutRegardToCase)
