@@ -2,6 +2,7 @@
 
 #include "context/StudyRegionContext.h"
 #include "platform/automation/AutomationError.h"
+#include "platform/automation/ErrorNumbers.h"
 
 #include <string>
 
@@ -9,9 +10,8 @@ namespace brevant::context {
 
 void throwObjectNotSet(const char* what)
 {
-    constexpr int32_t kObjectVariableNotSet = 91;
     throw platform::automation::AutomationError(
-        kObjectVariableNotSet, "Brevant",
+        platform::automation::ErrorNumber::ObjectVariableNotSet, "Brevant",
         std::string("Object variable or With block variable not set (") + what + ")");
 }
 

@@ -25,7 +25,6 @@ namespace ErrorNumber = platform::automation::ErrorNumber;
 namespace {
 
 constexpr const char* kSource = "Brevant";
-constexpr int32_t kObjectNotSet = 91;
 
 constexpr std::string_view kCharacterMarker = "Character Marker Symbol";
 constexpr std::string_view kMarkerLine = "Marker Line Symbol";
@@ -44,7 +43,7 @@ host::SymbolCatalog& catalogue()
 {
     auto& open = openCatalogue();
     if (!open) {
-        throw AutomationError(kObjectNotSet, kSource,
+        throw AutomationError(ErrorNumber::ObjectVariableNotSet, kSource,
                               "Object variable not set: no symbol has been opened in the symbol "
                               "catalogue");
     }
@@ -91,7 +90,7 @@ void CreateRendrer(carto::FeatureLayer& layer, const std::string& symbolName)
     context::runTrapped(" CreateRendrer", Procedure, [&] {
         carto::SimpleRenderer renderer;
         if (!layer.featureClass()) {
-            throw AutomationError(kObjectNotSet, kSource,
+            throw AutomationError(ErrorNumber::ObjectVariableNotSet, kSource,
                                   "Object variable not set: the layer \"" + layer.name() +
                                       "\" has no feature class");
         }

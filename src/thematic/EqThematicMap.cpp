@@ -39,7 +39,6 @@ namespace ErrorNumber = platform::automation::ErrorNumber;
 namespace {
 
 constexpr const char* kSource = "Brevant";
-constexpr int32_t kObjectNotSet = 91;
 
 constexpr int16_t kContourMapType = 5;
 constexpr int16_t kConfidenceMapType = 3;
@@ -82,7 +81,7 @@ host::ThematicClassSettings& classSettings()
 {
     auto& settings = state().settings;
     if (!settings) {
-        throw AutomationError(kObjectNotSet, kSource,
+        throw AutomationError(ErrorNumber::ObjectVariableNotSet, kSource,
                               "Object variable or With block variable not set (thematic class "
                               "settings)");
     }
@@ -219,7 +218,7 @@ std::string trimmed(const std::string& text)
 template <class Wanted> Wanted templateAs(const std::optional<carto::Symbol>& symbolTemplate)
 {
     if (!symbolTemplate) {
-        throw AutomationError(kObjectNotSet, kSource,
+        throw AutomationError(ErrorNumber::ObjectVariableNotSet, kSource,
                               "Object variable or With block variable not set (no template "
                               "symbol to colour)");
     }
@@ -547,7 +546,7 @@ carto::Symbol CreateThmLayerSymbol(const std::optional<carto::Symbol>& symbolTem
             return marker;
         }
         default:
-            throw AutomationError(kObjectNotSet, kSource,
+            throw AutomationError(ErrorNumber::ObjectVariableNotSet, kSource,
                                   "Object variable or With block variable not set (no thematic "
                                   "class symbol for symbol type " +
                                       std::to_string(symbolType) + ")");

@@ -132,4 +132,14 @@ int AnalysisRegionFixture::errorRecordCount() const
     return count;
 }
 
+std::vector<double> AnalysisRegionFixture::bridgeValues(const std::string& field) const
+{
+    const auto bridges = openClass("trn.mdb", "hzHighwayBridge");
+    std::vector<double> values;
+    for (const char* id : {"HB000001", "HB000002", "HB000003"}) {
+        values.push_back(valueOf(*bridges, id, field).toDouble());
+    }
+    return values;
+}
+
 } // namespace brevant::test

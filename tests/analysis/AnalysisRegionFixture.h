@@ -45,6 +45,8 @@ protected:
     /// Names of the class's fields from `from` on, in order.
     static std::vector<std::string> fieldNames(const platform::geodatabase::Table& table,
                                                int from = 0);
+    /// A field of the bridges HB000001 to HB000003 of the inventory, in that order.
+    std::vector<double> bridgeValues(const std::string& field) const;
     /// How many records the region's error log holds.
     int errorRecordCount() const;
 

@@ -58,16 +58,6 @@ protected:
         AnalyzeProbDefinedScenario(table, period, Variant(), isPoint);
     }
 
-    std::vector<double> bridgeValues(const std::string& field) const
-    {
-        const auto bridges = openClass("trn.mdb", "hzHighwayBridge");
-        std::vector<double> values;
-        for (const char* id : {"HB000001", "HB000002", "HB000003"}) {
-            values.push_back(valueOf(*bridges, id, field).toDouble());
-        }
-        return values;
-    }
-
     void catalogueTracts()
     {
         host::local::RegionDatabase(

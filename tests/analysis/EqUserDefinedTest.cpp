@@ -63,16 +63,6 @@ protected:
         AnalyzeInvtUserDefinedScenario(table, mapTypes, Variant(), isPoint);
     }
 
-    std::vector<double> bridgeValues(const std::string& field) const
-    {
-        const auto bridges = openClass("trn.mdb", "hzHighwayBridge");
-        std::vector<double> values;
-        for (const char* id : {"HB000001", "HB000002", "HB000003"}) {
-            values.push_back(valueOf(*bridges, id, field).toDouble());
-        }
-        return values;
-    }
-
     void setBridgeField(const std::string& field, double value)
     {
         auto bridges = openClass("trn.mdb", "hzHighwayBridge");

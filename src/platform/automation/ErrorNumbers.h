@@ -26,6 +26,7 @@ inline constexpr int32_t TypeMismatch = 13;
 inline constexpr int32_t FileNotFound = 53;
 inline constexpr int32_t PermissionDenied = 70;
 inline constexpr int32_t PathNotFound = 76;
+inline constexpr int32_t ObjectVariableNotSet = 91;
 inline constexpr int32_t InvalidUseOfNull = 94;
 inline constexpr int32_t CannotCreateObject = 429;
 inline constexpr int32_t ObjectRequired = 424;
