@@ -132,6 +132,13 @@ int AnalysisRegionFixture::errorRecordCount() const
     return count;
 }
 
+void AnalysisRegionFixture::addBridges()
+{
+    addPointInventory("hzHighwayBridge", {{"HB000001", -99.5, 40.5, "06001400100"},
+                                          {"HB000002", -98.5, 40.5, "06001400100"},
+                                          {"HB000003", -97.5, 40.5, "06001400200"}});
+}
+
 std::vector<double> AnalysisRegionFixture::bridgeValues(const std::string& field) const
 {
     const auto bridges = openClass("trn.mdb", "hzHighwayBridge");

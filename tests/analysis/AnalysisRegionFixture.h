@@ -45,6 +45,9 @@ protected:
     /// Names of the class's fields from `from` on, in order.
     static std::vector<std::string> fieldNames(const platform::geodatabase::Table& table,
                                                int from = 0);
+    /// Adds hzHighwayBridge with HB000001 at (-99.5, 40.5) and HB000002 at (-98.5, 40.5) in
+    /// tract 06001400100, HB000003 at (-97.5, 40.5) in tract 06001400200.
+    void addBridges();
     /// A field of the bridges HB000001 to HB000003 of the inventory, in that order.
     std::vector<double> bridgeValues(const std::string& field) const;
     /// How many records the region's error log holds.

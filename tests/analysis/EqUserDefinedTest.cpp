@@ -48,9 +48,7 @@ protected:
     void SetUp() override
     {
         AnalysisRegionFixture::SetUp();
-        addPointInventory("hzHighwayBridge", {{"HB000001", -99.5, 40.5, "06001400100"},
-                                              {"HB000002", -98.5, 40.5, "06001400100"},
-                                              {"HB000003", -97.5, 40.5, "06001400200"}});
+        addBridges();
     }
 
     static std::vector<Zone> zones(double west, double east)

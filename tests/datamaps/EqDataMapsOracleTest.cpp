@@ -20,6 +20,7 @@
 #include "platform/geodatabase/Workspace.h"
 #include "platform/ui/ScriptedPrompts.h"
 #include "support/HostFixture.h"
+#include "support/RealData.h"
 
 #include <cpl_error.h>
 #include <gdal.h>
@@ -371,15 +372,7 @@ TEST_F(SampleRegionClipping, ClippedMapsAndInventoryAgreeWithADirectComputation)
 
 TEST(RealDataClipping, SanFranciscoHospitalsTakeTheLiquefactionZones)
 {
-    using platform::geodatabase::Cursor;
-    using platform::geodatabase::Fields;
-    using platform::geodatabase::FieldType;
-    using platform::geodatabase::InsertCursor;
-    using platform::geodatabase::QueryFilter;
-    using platform::geodatabase::Row;
-    using platform::geodatabase::Workspace;
-
-    const fs::path data = BREVANT_SHARED_DATA;
+    const fs::path data = test::sharedData();
     if (!fs::exists(data / "tracts/sf_tracts_2010_clipped.geojson") ||
         !fs::exists(data / "hazard-zones/bayarea_LiquefactionSusceptibility.geojson") ||
         !fs::exists(data / "facilities/bayarea_hospitals_spc.geojson")) {
@@ -388,29 +381,7 @@ TEST(RealDataClipping, SanFranciscoHospitalsTakeTheLiquefactionZones)
     test::TempDir dir;
     const fs::path root = dir.path() / "host";
     local::initHost(root);
-    {
-        Workspace counties =
-            Workspace::open(data / "us-boundaries/us_counties_2010_20m_fips.geojson", true);
-        auto all = counties.openFeatureClass(counties.datasetNames().front());
-        Workspace boundary = Workspace::createGeoPackage(dir.path() / "sf.gpkg");
-        auto sf = boundary.createFeatureClass("county", Fields({{"NAME", FieldType::String, 40, {}}}),
-                                              platform::geometry::ShapeType::Polygon,
-                                              all->spatialReference());
-        InsertCursor insert = sf->insert();
-        Cursor cursor = all->search(QueryFilter::where("STATE = '06' AND COUNTY = '075'"));
-        Row row;
-        while (cursor.next(row)) {
-            Row out = sf->createRow();
-            out.setValue(2, row.value(all->findField("NAME")));
-            out.setShape(row.shape());
-            insert.insertRow(out);
-        }
-    }
-    local::RegionRequest request;
-    request.name = "San Francisco";
-    request.boundary = {dir.path() / "sf.gpkg", "county"};
-    request.tracts = {data / "tracts/sf_tracts_2010_clipped.geojson", ""};
-    local::createRegion(root, request);
+    test::createSanFranciscoRegion(root, dir.path());
     const local::MapReport zones = local::registerMap(
         root, {"", "LIQF",
                {data / "hazard-zones/bayarea_LiquefactionSusceptibility.geojson", ""}, "", "3"});

@@ -17,6 +17,7 @@
 #include "platform/geodatabase/Workspace.h"
 #include "platform/tabular/SqliteDatabase.h"
 #include "support/HostFixture.h"
+#include "support/RealData.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -352,35 +353,14 @@ TEST_F(RegionAdmin, BadInputChangesNothing)
 // Area liquefaction zones (one invalid multipolygon) and the Bay Area hospitals.
 TEST(RegionFromRealData, SanFrancisco)
 {
-    const fs::path data = BREVANT_SHARED_DATA;
+    const fs::path data = test::sharedData();
     if (!fs::exists(data / "tracts/sf_tracts_2010_clipped.geojson")) {
         GTEST_SKIP() << "no real data in " << data;
     }
     test::TempDir dir;
     const fs::path root = dir.path() / "host";
     initHost(root);
-    {
-        // The county file holds the whole country; the boundary is San Francisco alone.
-        Workspace counties = Workspace::open(data / "us-boundaries/us_counties_2010_20m_fips.geojson", true);
-        auto all = counties.openFeatureClass(counties.datasetNames().front());
-        Workspace boundary = Workspace::createGeoPackage(dir.path() / "sf.gpkg");
-        auto sf = boundary.createFeatureClass("county", Fields({{"NAME", FieldType::String, 40, {}}}),
-                                              ShapeType::Polygon, all->spatialReference());
-        InsertCursor insert = sf->insert();
-        Cursor cursor = all->search(QueryFilter::where("STATE = '06' AND COUNTY = '075'"));
-        Row row;
-        while (cursor.next(row)) {
-            Row out = sf->createRow();
-            out.setValue(2, row.value(all->findField("NAME")));
-            out.setShape(row.shape());
-            insert.insertRow(out);
-        }
-    }
-    RegionRequest request;
-    request.name = "San Francisco";
-    request.boundary = {dir.path() / "sf.gpkg", "county"};
-    request.tracts = {data / "tracts/sf_tracts_2010_clipped.geojson", ""};
-    const RegionReport region = createRegion(root, request);
+    const RegionReport region = test::createSanFranciscoRegion(root, dir.path());
     EXPECT_GT(region.tracts, 190);
     EXPECT_EQ(region.counties, 1);
 
