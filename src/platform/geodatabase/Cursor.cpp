@@ -51,7 +51,11 @@ void bindValue(sqlite3_stmt* statement, int parameter, FieldType type,
         return;
     }
     switch (type) {
+    // SQLite keeps any integer; a 16-bit field must refuse what an insert would refuse, or the
+    // value reads back wrapped.
     case FieldType::SmallInteger:
+        sqlite3_bind_int64(statement, parameter, value.toInt16());
+        break;
     case FieldType::Integer:
     case FieldType::OID:
         sqlite3_bind_int64(statement, parameter, value.toInt32());
@@ -174,22 +178,14 @@ std::optional<int64_t> countBySql(WorkspaceData& workspace, const TableData& tab
     return count;
 }
 
-std::optional<int64_t> calculateBySql(WorkspaceData& workspace, const TableData& table, int index,
-                                      const automation::Variant& value, const QueryFilter& filter)
+namespace {
+/// Runs one statement (its first parameter bound by `bind`) in a transaction of its own: it
+/// changes every row it selects or, on any failure, none. Returns the rows changed.
+template <class Bind>
+int64_t runStatement(WorkspaceData& workspace, const TableData& table, const std::string& sql,
+                     const std::string& what, Bind&& bind)
 {
     sqlite3* db = workspace.sqliteHandle();
-    // A read-only workspace takes the cursor's way, which says why it cannot.
-    if (!db || workspace.readOnly || !filter.intersects.isNull()) {
-        return std::nullopt;
-    }
-    table.requireLayer(workspace);
-    const WhereClause clause = checkedClause(workspace, table, filter.whereClause);
-    const Field& field = table.fields->field(index);
-    std::string sql = "UPDATE " + gdal::sqlName(table.name) + " SET " + gdal::sqlName(field.name) +
-                      " = ?";
-    if (!clause.isEmpty()) {
-        sql += " WHERE " + clause.toSqlite(resolverOf(table));
-    }
     sqlite3_stmt* raw = nullptr;
     if (sqlite3_prepare_v2(db, sql.c_str(), -1, &raw, nullptr) != SQLITE_OK) {
         sqlite3_finalize(raw);
@@ -197,19 +193,65 @@ std::optional<int64_t> calculateBySql(WorkspaceData& workspace, const TableData&
                                   workspace.describe(table.name) + ": " + sqlite3_errmsg(db));
     }
     const std::unique_ptr<sqlite3_stmt, CursorState::StatementDeleter> statement(raw);
-    bindValue(statement.get(), 1, field.type, value);
-    workspace.beginWrite();
-    if (sqlite3_step(statement.get()) != SQLITE_DONE) {
-        const std::string reason = sqlite3_errmsg(db);
-        workspace.commit();
-        fail(CPLE_AppDefined,
-             "cannot set " + field.name + " of " + workspace.describe(table.name) + ": " + reason);
-    }
-    const int64_t changed = sqlite3_changes64(db);
+    bind(statement.get());
+    // Rows other cursors stored are theirs to keep, whatever happens to this statement.
     if (!workspace.commit()) {
         fail(CPLE_FileIO, "cannot commit changes to " + workspace.describe(table.name));
     }
+    workspace.beginWrite();
+    if (sqlite3_step(statement.get()) != SQLITE_DONE) {
+        const std::string reason = sqlite3_errmsg(db);
+        workspace.rollback();
+        fail(CPLE_AppDefined, "cannot " + what + " " + workspace.describe(table.name) + ": " +
+                                  reason);
+    }
+    const int64_t changed = sqlite3_changes64(db);
+    if (!workspace.commit()) {
+        workspace.rollback();
+        fail(CPLE_FileIO, "cannot commit changes to " + workspace.describe(table.name));
+    }
     return changed;
+}
+
+/// The WHERE part of a statement on `table`, or "" for an empty clause.
+std::string sqlWhere(WorkspaceData& workspace, const TableData& table, const QueryFilter& filter)
+{
+    const WhereClause clause = checkedClause(workspace, table, filter.whereClause);
+    return clause.isEmpty() ? std::string() : " WHERE " + clause.toSqlite(resolverOf(table));
+}
+
+bool statementsServe(const WorkspaceData& workspace, const QueryFilter& filter)
+{
+    // A read-only workspace takes the cursor's way, which says why it cannot.
+    return workspace.sqliteHandle() && !workspace.readOnly && filter.intersects.isNull();
+}
+} // namespace
+
+std::optional<int64_t> calculateBySql(WorkspaceData& workspace, const TableData& table, int index,
+                                      const automation::Variant& value, const QueryFilter& filter)
+{
+    if (!statementsServe(workspace, filter)) {
+        return std::nullopt;
+    }
+    table.requireLayer(workspace);
+    const Field& field = table.fields->field(index);
+    const std::string sql = "UPDATE " + gdal::sqlName(table.name) + " SET " +
+                            gdal::sqlName(field.name) + " = ?" +
+                            sqlWhere(workspace, table, filter);
+    return runStatement(workspace, table, sql, "set " + field.name + " of",
+                        [&](sqlite3_stmt* statement) { bindValue(statement, 1, field.type, value); });
+}
+
+std::optional<int64_t> deleteBySql(WorkspaceData& workspace, const TableData& table,
+                                   const QueryFilter& filter)
+{
+    if (!statementsServe(workspace, filter)) {
+        return std::nullopt;
+    }
+    table.requireLayer(workspace);
+    const std::string sql =
+        "DELETE FROM " + gdal::sqlName(table.name) + sqlWhere(workspace, table, filter);
+    return runStatement(workspace, table, sql, "delete rows of", [](sqlite3_stmt*) {});
 }
 
 CursorState::~CursorState()

@@ -58,6 +58,10 @@ std::optional<int64_t> countBySql(WorkspaceData& workspace, const TableData& tab
 /// storage can; returns how many changed, or nullopt when rows must be walked.
 std::optional<int64_t> calculateBySql(WorkspaceData& workspace, const TableData& table, int index,
                                       const automation::Variant& value, const QueryFilter& filter);
+/// Deletes the rows the filter selects with one statement, all or none, where the storage can;
+/// returns how many, or nullopt when rows must be walked.
+std::optional<int64_t> deleteBySql(WorkspaceData& workspace, const TableData& table,
+                                   const QueryFilter& filter);
 /// A row from a feature; `resultIndex` maps fields to the feature's attributes (null: the
 /// table's own layout).
 Row readRow(const TableData& table, const OGRFeature& feature,

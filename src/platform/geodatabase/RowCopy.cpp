@@ -1,7 +1,11 @@
 #include "platform/geodatabase/RowCopy.h"
 
 #include "platform/geodatabase/Cursor.h"
+#include "platform/geodatabase/FeatureClass.h"
+#include "platform/geodatabase/Reprojector.h"
 #include "platform/geodatabase/Table.h"
+
+#include <memory>
 
 #include <utility>
 #include <vector>
@@ -25,6 +29,16 @@ int64_t appendRows(const Table& source, Table& target, const QueryFilter& filter
         }
     }
     const bool shapes = source.hasShape() && target.hasShape();
+    // Shapes land in the target's coordinate system, as a loader projects them on the fly.
+    std::unique_ptr<Reprojector> reproject;
+    if (shapes) {
+        const auto* sourceClass = dynamic_cast<const FeatureClass*>(&source);
+        const auto* targetClass = dynamic_cast<const FeatureClass*>(&target);
+        if (sourceClass && targetClass) {
+            reproject = std::make_unique<Reprojector>(sourceClass->spatialReference(),
+                                                      targetClass->spatialReference());
+        }
+    }
     int64_t added = 0;
     Cursor cursor = source.search(filter);
     InsertCursor insert = target.insert();
@@ -35,7 +49,9 @@ int64_t appendRows(const Table& source, Table& target, const QueryFilter& filter
             copy.setValue(j, row.value(i));
         }
         if (shapes) {
-            copy.setShape(row.shape());
+            copy.setShape(reproject && reproject->changes() && !row.shape().isNull()
+                              ? reproject->apply(row.shape())
+                              : row.shape());
         }
         insert.insertRow(copy);
         ++added;

@@ -40,6 +40,8 @@ struct WorkspaceData {
     void beginWrite();
     /// Commits what is pending; never throws (cursors call it while unwinding).
     bool commit() noexcept;
+    /// Drops what is pending where the format has transactions; never throws.
+    void rollback() noexcept;
     /// "table X in /path/db.mdb", for messages.
     std::string describe(const std::string& table) const;
     /// Finds an open layer by name (case-insensitive), or null.

@@ -173,6 +173,9 @@ InsertCursor Table::insert()
 
 int64_t Table::deleteSearchedRows(const QueryFilter& filter)
 {
+    if (auto deleted = deleteBySql(*m_workspace, *m_data, filter)) {
+        return *deleted;
+    }
     int64_t deleted = 0;
     Cursor cursor = update(filter);
     Row row;

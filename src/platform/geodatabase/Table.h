@@ -49,7 +49,9 @@ public:
     Cursor update(const QueryFilter& filter = {});
     /// A cursor that adds rows.
     InsertCursor insert();
-    /// Deletes the rows the filter lets through; returns how many.
+    /// Deletes the rows the filter lets through; returns how many. On a GeoPackage or SQLite
+    /// database without a spatial filter it deletes all of them or, on a failure, none; other
+    /// storage deletes row by row and keeps what was deleted before a failure.
     int64_t deleteSearchedRows(const QueryFilter& filter = {});
     /// Sets field `index` to `value` in the rows the filter lets through, as an update cursor
     /// would row by row (one statement where the storage allows); returns how many.

@@ -144,6 +144,16 @@ bool WorkspaceData::commit() noexcept
     return dataset->CommitTransaction() == OGRERR_NONE;
 }
 
+void WorkspaceData::rollback() noexcept
+{
+    pendingWrites = 0;
+    dirty = false;
+    if (std::exchange(inTransaction, false)) {
+        gdal::ErrorScope errors;
+        dataset->RollbackTransaction();
+    }
+}
+
 sqlite3* WorkspaceData::sqliteHandle() const
 {
     if (kind != Workspace::Kind::GeoPackage && kind != Workspace::Kind::SQLite) {
