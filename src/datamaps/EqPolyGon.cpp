@@ -1,5 +1,6 @@
 #include "datamaps/EqPolyGon.h"
 
+#include "context/CandidateClass.h"
 #include "context/ContextObjects.h"
 #include "context/EqShape.h"
 #include "context/EqUtilFunctions.h"
@@ -40,11 +41,9 @@ constexpr std::string_view kMessageTitle = "KORVAL";
 
 /// Results of the candidate-map checks, as IsGeoDB reports them.
 namespace CheckResult {
-constexpr int16_t NotOpened = 0;
-constexpr int16_t Valid = 1;
+using namespace context::CandidateResult;
 constexpr int16_t BadValueField = 2;
 constexpr int16_t WrongCoordinateSystem = 3;
-constexpr int16_t NotPolygons = -1;
 } // namespace CheckResult
 
 /// Thematic map types this class asks for.
@@ -92,28 +91,6 @@ void drawDataMap(const std::string& tableName, int16_t mapType, double minimum, 
                                 mapType, "type", minimum, maximum, false, true, "");
 }
 
-/// The candidate class of a check. Only a personal geodatabase will do: a folder of shapefiles
-/// or another kind of file is not one, whatever it holds.
-std::shared_ptr<geodatabase::FeatureClass> openCandidate(const std::string& databasePath,
-                                                         const std::string& className)
-{
-    const auto workspace = geodatabase::Workspace::open(databasePath, true);
-    if (workspace.kind() != geodatabase::Workspace::Kind::GeoPackage &&
-        workspace.kind() != geodatabase::Workspace::Kind::Access) {
-        throw platform::automation::AutomationError(
-            platform::automation::ErrorNumber::FileNotFound, "EqPolyGon",
-            databasePath + " is not a personal geodatabase");
-    }
-    return workspace.openFeatureClass(className);
-}
-
-/// The feature count as the 32-bit integer the host expects; a count that does not fit is an
-/// overflow.
-Variant featureCount(const geodatabase::FeatureClass& featureClass)
-{
-    return Variant(Variant(static_cast<double>(featureClass.rowCount())).toInt32());
-}
-
 bool isNumeric(FieldType type)
 {
     return type == FieldType::SmallInteger || type == FieldType::Integer ||
@@ -127,17 +104,6 @@ bool valueTypeAllowed(const host::HazardCode& code, const std::string& mapType, 
 {
     const bool textRule = code.value == host::HazardCode::Value::Text && mapType == code.code;
     return textRule ? type == FieldType::String : isNumeric(type);
-}
-
-/// Runs a check that reports only through its out-parameters: any error ends it quietly with
-/// them as far as they were set.
-template <class Body> void runQuietly(Body&& body)
-{
-    try {
-        body();
-    } catch (...) {
-        // Nothing to record or raise: IsGeoDB tells the caller how far the check got.
-    }
 }
 
 } // namespace
@@ -237,16 +203,7 @@ void EqPolyGon::MapWAterDepthDataMap()
 void EqPolyGon::IsValid(const std::string& MDBName, const std::string& TableName,
                         const std::string& MDBPath, Variant& NRecs, int16_t& IsGeoDB)
 {
-    IsGeoDB = CheckResult::NotOpened;
-    runQuietly([&] {
-        const auto featureClass = openCandidate(MDBPath + MDBName, TableName);
-        IsGeoDB = CheckResult::Valid;
-        if (featureClass->shapeType() == ShapeType::Polygon) {
-            NRecs = featureCount(*featureClass);
-        } else {
-            IsGeoDB = CheckResult::NotPolygons;
-        }
-    });
+    context::CheckCandidateClass(MDBName, TableName, MDBPath, NRecs, IsGeoDB, ShapeType::Polygon);
 }
 
 void EqPolyGon::IsValidDatamap(const std::string& MDBName, const std::string& TableName,
@@ -254,14 +211,14 @@ void EqPolyGon::IsValidDatamap(const std::string& MDBName, const std::string& Ta
                                std::string& MapType)
 {
     IsGeoDB = CheckResult::NotOpened;
-    runQuietly([&] {
-        const auto featureClass = openCandidate(MDBPath + MDBName, TableName);
+    context::runQuietly([&] {
+        const auto featureClass = context::OpenCandidateClass(MDBPath + MDBName, TableName);
         if (featureClass->spatialReference().name() != kNad83) {
             IsGeoDB = CheckResult::WrongCoordinateSystem;
             return;
         }
         if (featureClass->shapeType() != ShapeType::Polygon) {
-            IsGeoDB = CheckResult::NotPolygons;
+            IsGeoDB = CheckResult::WrongShapeType;
             return;
         }
         const auto code = host::findHazardCode(MapType);
@@ -271,7 +228,7 @@ void EqPolyGon::IsValidDatamap(const std::string& MDBName, const std::string& Ta
             IsGeoDB = CheckResult::BadValueField;
             return;
         }
-        NRecs = featureCount(*featureClass);
+        NRecs = context::CandidateFeatureCount(*featureClass);
         IsGeoDB = CheckResult::Valid;
     });
 }

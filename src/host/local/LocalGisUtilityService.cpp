@@ -306,6 +306,30 @@ private:
     std::vector<std::string> m_columns;
 };
 
+/// "SC" for hzSchool: the identifier prefix of an inventory class, as the inventory builder
+/// writes it.
+std::string identifierPrefix(const std::string& tableName)
+{
+    std::string prefix = inventorySuffix(tableName).substr(0, 2);
+    std::transform(prefix.begin(), prefix.end(), prefix.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return prefix;
+}
+
+/// The highest number N of the identifiers prefix + N (digits only) in a column; 0 when none.
+int64_t highestIdentifier(SqliteDatabase& db, const std::string& table, const std::string& column,
+                          const std::string& prefix)
+{
+    using geodatabase::sqlQuoted;
+    const std::string name = sqlQuoted(column, '"');
+    SqliteDatabase::Statement query(
+        db, "SELECT MAX(CAST(substr(" + name + ", ?2) AS INTEGER)) FROM " + sqlQuoted(table, '"') +
+                " WHERE substr(" + name + ", 1, ?2 - 1) = ?1 AND length(" + name +
+                ") >= ?2 AND substr(" + name + ", ?2) NOT GLOB '*[^0-9]*'");
+    query.bind(1, prefix).bind(2, static_cast<int64_t>(prefix.size() + 1));
+    return query.step() && !query.isNull(0) ? query.int64(0) : 0;
+}
+
 } // namespace
 
 int16_t LocalGisUtilityService::GetDisplayPrecision(const std::string& tableName,
@@ -448,6 +472,49 @@ void LocalGisUtilityService::UpdateLineHazardTable(const std::string& hazardTabl
             mirrorRecords(db, *mirrored.featureClass, table, columns.filter());
         }
     });
+}
+
+void LocalGisUtilityService::PrepareIdentifiers(const std::string& tableName)
+{
+    const std::string prefix = identifierPrefix(tableName);
+    int64_t highest = 0;
+    const auto host = HostRoot::load(m_root);
+    const auto regionDatabase = host.regionDatabasePath(host.currentRegion());
+    if (const auto entry = RegionDatabase(regionDatabase).inventoryClass(tableName)) {
+        const std::string path = host.regionFolder(host.currentRegion()) + entry->databaseName;
+        const auto featureClass =
+            geodatabase::Workspace::open(path, true).openFeatureClass(entry->tableName);
+        const std::string identifier = featureClass->fields().field(2).name;
+        {
+            SqliteDatabase classes(path, SqliteDatabase::Mode::ReadOnly);
+            highest = highestIdentifier(classes, featureClass->name(), identifier, prefix);
+        }
+        // Rows of records deleted from the class stay in the server tables; their
+        // identifiers are taken too.
+        SqliteDatabase db(regionDatabase.string(), SqliteDatabase::Mode::ReadOnly);
+        const std::string suffix = inventorySuffix(entry->tableName);
+        for (const std::string& table : {"hz" + suffix, "Eq" + suffix}) {
+            const auto stored = storedTableName(db, table);
+            if (stored && findColumn(columnsOf(db, *stored), identifier)) {
+                highest = std::max(highest, highestIdentifier(db, *stored, identifier, prefix));
+            }
+        }
+    }
+    m_identifierPrefix = prefix;
+    m_nextIdentifier = highest + 1;
+}
+
+std::string LocalGisUtilityService::GetNextIdentifier()
+{
+    if (m_identifierPrefix.empty()) {
+        hostError(HostError::UnknownKey,
+                  "no inventory table was prepared for new identifiers (PrepareIdentifiers)");
+    }
+    std::string number = std::to_string(m_nextIdentifier++);
+    if (number.size() < kIdentifierDigits) {
+        number.insert(0, kIdentifierDigits - number.size(), '0');
+    }
+    return m_identifierPrefix + number;
 }
 
 std::string LocalGisUtilityService::GetRecordSetTableName(const std::string& recordSetId)

@@ -76,10 +76,18 @@ public:
     /// form is an UnknownKey host error.
     void UpdateLineHazardTable(const std::string& hazardTableName,
                                const std::string& databaseName, const Variant& mapTypes) override;
+    /// New identifiers of a class S' are the two first letters of S in upper case and a
+    /// number of at least six digits ("SC000042"), counting on from the highest such number
+    /// in the class and its server tables; a table the catalogue does not hold counts from 1.
+    void PrepareIdentifiers(const std::string& tableName) override;
+    std::string GetNextIdentifier() override;
     std::string GetRecordSetTableName(const std::string& recordSetId) override;
     std::string GetResultTableName(const std::string& tableName) override;
 
 private:
+    static constexpr std::size_t kIdentifierDigits = 6;
+    std::string m_identifierPrefix;
+    int64_t m_nextIdentifier = 1;
     std::filesystem::path m_root;
 };
 
