@@ -97,6 +97,27 @@ const std::vector<InventoryMapping> kInventory{
     {"railways", "hzRailwaySegment"},
 };
 
+// The host's analysis record sets: one per kind of inventory, so that a script can start the
+// analyses of a point and a line class by record set.
+const std::vector<std::pair<std::string, std::string>> kAnalysisRecordSets{
+    {"SCHOOLS", "hzSchool"},
+    {"HIGHWAYS", "hzHighwaySegment"},
+};
+
+void writeAnalysisRecordSets(const HostRoot& host, const std::string& region)
+{
+    SqliteDatabase db(host.regionDatabasePath(region).string(), SqliteDatabase::Mode::ReadWrite);
+    db.execute("CREATE TABLE IF NOT EXISTS AnalysisRecordSets (RecordSetId TEXT PRIMARY KEY, "
+               "TableName TEXT NOT NULL)");
+    SqliteDatabase::Statement insert(
+        db, "INSERT OR REPLACE INTO AnalysisRecordSets (RecordSetId, TableName) VALUES (?1, ?2)");
+    for (const auto& [id, table] : kAnalysisRecordSets) {
+        insert.reset();
+        insert.bind(1, id).bind(2, table);
+        insert.step();
+    }
+}
+
 void writeStateData(const HostRoot& host, const SampleSources& sources)
 {
     const fs::path folder(host.stateDataFolder());
@@ -347,6 +368,7 @@ SampleHostReport writeSampleHost(const fs::path& root, SampleSize size, std::uin
 
         step("writing state, scenario and outside-program data");
         const HostRoot host = HostRoot::load(root);
+        writeAnalysisRecordSets(host, report.region);
         writeStateData(host, sources);
         writeScenarioData(host, sources,
                           RegionDatabase(host.regionDatabasePath(report.region))

@@ -82,6 +82,40 @@ void bindValue(sqlite3_stmt* statement, int parameter, FieldType type,
     }
     }
 }
+const char* shapeTypeName(geometry::ShapeType type)
+{
+    switch (type) {
+    case geometry::ShapeType::Point:
+        return "point";
+    case geometry::ShapeType::Multipoint:
+        return "multipoint";
+    case geometry::ShapeType::Polyline:
+        return "polyline";
+    case geometry::ShapeType::Polygon:
+        return "polygon";
+    default:
+        return "shape of another kind";
+    }
+}
+
+// GeoPackage stores any geometry in any layer; a class keeps the shape type it was made with,
+// or a point could end up in a line inventory.
+void requireShapeType(const WorkspaceData& workspace, const TableData& table,
+                      const geometry::Geometry& shape)
+{
+    using geometry::ShapeType;
+    if (shape.isEmpty() || table.shapeType == ShapeType::Null) {
+        return;
+    }
+    const ShapeType type = shape.type();
+    if (type == table.shapeType ||
+        (type == ShapeType::Point && table.shapeType == ShapeType::Multipoint)) {
+        return;
+    }
+    fail(CPLE_AppDefined, std::string("a ") + shapeTypeName(type) + " cannot be stored in " +
+                              workspace.describe(table.name) + ", a " +
+                              shapeTypeName(table.shapeType) + " class");
+}
 } // namespace
 
 Row readRow(const TableData& table, const OGRFeature& feature,
@@ -339,6 +373,7 @@ void CursorState::write(const Row& row, bool insert, int64_t* newOid)
         }
     }
     if (table->hasShape && !row.shape().isNull()) {
+        requireShapeType(*workspace, *table, row.shape());
         std::unique_ptr<OGRGeometry> shape = gdal::toOgr(row.shape());
         const OGRwkbGeometryType wanted = layer.GetGeomType();
         if (OGR_GT_IsSubClassOf(wanted, wkbGeometryCollection) &&

@@ -78,6 +78,16 @@ TEST_F(WriteSafety, ASixteenBitFieldRefusesWhatDoesNotFitOnEveryWritePath)
     EXPECT_EQ(categories(), std::vector<std::string>(5, "32767"));
 }
 
+TEST_F(WriteSafety, AClassKeepsItsShapeType)
+{
+    InsertCursor insert = m_sites->insert();
+    Row row = m_sites->createRow();
+    row.setShape(Geometry::polyline({{{-122.0, 37.0}, {-121.0, 37.0}}}));
+    EXPECT_THROW(insert.insertRow(row), automation::PlatformError);
+    insert.flush();
+    EXPECT_EQ(m_sites->rowCount(), 5);
+}
+
 TEST_F(WriteSafety, DeletingSelectedRowsIsAllOrNothing)
 {
     {
