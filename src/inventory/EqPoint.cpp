@@ -389,7 +389,10 @@ EqPoint::CreateTableInTempData(const std::string& HzTableName,
         const std::string path = tempDatabasePath();
         auto workspace = std::filesystem::exists(path) ? geodatabase::Workspace::open(path)
                                                        : geodatabase::Workspace::createGeoPackage(path);
-        return workspace.createFeatureClass(HzTableName, source.fields(), source.shapeType());
+        // Written and read once in full: a spatial index would only slow both.
+        return workspace.createFeatureClass(HzTableName, source.fields(), source.shapeType(),
+                                            platform::geometry::SpatialReference::nad83(),
+                                            "Shape", false);
     });
 }
 

@@ -300,7 +300,7 @@ std::shared_ptr<Table> Workspace::openTable(const std::string& name) const
 namespace {
 OGRLayer* createLayer(WorkspaceData& workspace, const std::string& name, const Fields& fields,
                       OGRwkbGeometryType type, const geometry::SpatialReference& reference,
-                      const std::string& shapeFieldName)
+                      const std::string& shapeFieldName, bool spatialIndex = true)
 {
     if (workspace.readOnly) {
         fail(CPLE_NotSupported, "cannot create " + workspace.describe(name) +
@@ -318,8 +318,8 @@ OGRLayer* createLayer(WorkspaceData& workspace, const std::string& name, const F
         srs.importFromWkt(reference.wkt().c_str());
     }
     const std::string geometryOption = "GEOMETRY_NAME=" + shapeFieldName;
-    const char* options[] = {"FID=OBJECTID", geometryOption.c_str(), "SPATIAL_INDEX=YES",
-                             nullptr};
+    const char* options[] = {"FID=OBJECTID", geometryOption.c_str(),
+                             spatialIndex ? "SPATIAL_INDEX=YES" : "SPATIAL_INDEX=NO", nullptr};
     const bool geoPackage = workspace.kind == Workspace::Kind::GeoPackage;
     OGRLayer* layer =
         workspace.dataset->CreateLayer(name.c_str(), withReference ? &srs : nullptr, type,
@@ -342,7 +342,8 @@ OGRLayer* createLayer(WorkspaceData& workspace, const std::string& name, const F
 
 std::shared_ptr<FeatureClass> Workspace::createFeatureClass(
     const std::string& name, const Fields& fields, geometry::ShapeType shapeType,
-    const geometry::SpatialReference& spatialReference, const std::string& shapeFieldName)
+    const geometry::SpatialReference& spatialReference, const std::string& shapeFieldName,
+    bool spatialIndex)
 {
     OGRwkbGeometryType type = storageType(shapeType);
     if (type == wkbNone) {
@@ -354,7 +355,7 @@ std::shared_ptr<FeatureClass> Workspace::createFeatureClass(
                : wkbFlatten(type) == wkbMultiLineString ? wkbLineString
                                                          : type;
     }
-    createLayer(*m_data, name, fields, type, spatialReference, shapeFieldName);
+    createLayer(*m_data, name, fields, type, spatialReference, shapeFieldName, spatialIndex);
     return openFeatureClass(name);
 }
 

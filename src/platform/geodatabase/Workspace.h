@@ -52,11 +52,12 @@ public:
 
     /// Creates a feature class: `fields` are the attributes (an OBJECTID or shape field among
     /// them is taken as the identifier/shape definition and not added twice); the shape field
-    /// is named `shapeFieldName`. Throws when the name is taken.
+    /// is named `shapeFieldName`. Without `spatialIndex` a GeoPackage keeps no R-tree, which a
+    /// scratch class written and read once in full does not need. Throws when the name is taken.
     std::shared_ptr<FeatureClass> createFeatureClass(
         const std::string& name, const Fields& fields, geometry::ShapeType shapeType,
         const geometry::SpatialReference& spatialReference = geometry::SpatialReference::nad83(),
-        const std::string& shapeFieldName = "Shape");
+        const std::string& shapeFieldName = "Shape", bool spatialIndex = true);
     /// Creates a table without shapes.
     std::shared_ptr<Table> createTable(const std::string& name, const Fields& fields);
 
