@@ -14,6 +14,7 @@
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/Workspace.h"
+#include "platform/geometry/Envelope.h"
 #include "platform/ui/UserPrompts.h"
 #include "thematic/EqThematicMap.h"
 
@@ -146,6 +147,11 @@ TractLookup::TractLookup(const geodatabase::FeatureClass& tracts)
 
 std::string TractLookup::tractOf(const platform::geometry::Point& point) const
 {
+    // A point no tract's box holds is in no tract; the nearest search would only confirm it.
+    if (m_index.candidates(platform::geometry::Envelope(point.x, point.y, point.x, point.y))
+            .empty()) {
+        return {};
+    }
     // Inside or on the edge is distance 0; among tracts at 0 the index answers the first.
     const auto nearest = m_index.nearest(point);
     if (!nearest || nearest->distance != 0.0) {

@@ -98,10 +98,11 @@ const std::vector<InventoryMapping> kInventory{
 };
 
 // The host's analysis record sets: one per kind of inventory, so that a script can start the
-// analyses of a point and a line class by record set.
+// analyses of a point and a line class by record set, and the buildings, the largest class.
 const std::vector<std::pair<std::string, std::string>> kAnalysisRecordSets{
     {"SCHOOLS", "hzSchool"},
     {"HIGHWAYS", "hzHighwaySegment"},
+    {"BUILDINGS", "eqAebm"},
 };
 
 void writeAnalysisRecordSets(const HostRoot& host, const std::string& region)
