@@ -86,7 +86,7 @@ std::string lowered(std::string text)
 
 } // namespace
 
-EqPoint::EqPoint()
+EqPoint::EqPoint() : InventoryClass(ShapeType::Point)
 {
     context::runTrapped(" EqPoint", platform::automation::LibraryCode::ClassInit,
                         [] { context::openStudyRegion(true); });
@@ -220,35 +220,7 @@ void EqPoint::SyncronizePointMapUsingDBName(const std::string& sPointTable,
 
 void EqPoint::MapPointdata(const std::string& sTable, int16_t iDataBaseType)
 {
-    context::runTrapped(" MapPointdata", MapLayer, [&] {
-        context::AddInventoryLayer(openClass(sTable, context::InventoryDatabasePath(iDataBaseType)),
-                                   true, 0, true, "");
-    });
-}
-
-void EqPoint::IsValid(const std::string& MDBName, const std::string& TableName,
-                      const std::string& MDBPath, Variant& NRecs, int16_t& IsGeoDB)
-{
-    context::CheckCandidateClass(MDBName, TableName, MDBPath, NRecs, IsGeoDB, ShapeType::Point);
-}
-
-void EqPoint::RefreshMap()
-{
-    context::runTrapped(" RefreshMap", Procedure, [] { context::RefreshView(); });
-}
-
-void EqPoint::GenerateThmMap(const std::string& /*Sqltable*/, int16_t /*iDataBaseType*/,
-                             int16_t& /*ThmMapType*/, std::string& /*FieldNameToMap*/)
-{
-    showObsolete("This Method is obsolete , Call GenerateThematicMap");
-}
-
-void EqPoint::GenerateThematicMap(const std::string& Sqltable, int16_t iDataBaseType,
-                                  int16_t& ThmMapType, std::string& FieldNameToMap,
-                                  double& dMInVal, double& dMaxVal)
-{
-    generateInventoryThematicMap(Sqltable, iDataBaseType, ThmMapType, FieldNameToMap, dMInVal,
-                                 dMaxVal);
+    mapClass(" MapPointdata", sTable, iDataBaseType);
 }
 
 void EqPoint::AnalyzeInvtForUserDefinedScenario(const std::string& /*RsId*/,
@@ -258,27 +230,10 @@ void EqPoint::AnalyzeInvtForUserDefinedScenario(const std::string& /*RsId*/,
     showObsolete("Obsolete method");
 }
 
-void EqPoint::AnalyzeUserDefinedScenario(const std::string& RsId, const Variant& vMapType,
-                                         const Variant& vProgressBar)
-{
-    analyzeUserDefined(RsId, vMapType, vProgressBar, true);
-}
-
 void EqPoint::AnalyzeInvtForProbScenario(const std::string& /*RsId*/, int16_t /*RetrunPeriod*/,
                                          const Variant& /*vProgressBar*/)
 {
     // The older entry point was left with an empty body.
-}
-
-void EqPoint::AnalyzeProbabilisticScenario(const std::string& RsId, int16_t RetrunPeriod,
-                                           const Variant& vProgressBar)
-{
-    analyzeProbabilistic(RsId, RetrunPeriod, vProgressBar, true);
-}
-
-void EqPoint::DeleteTempTable(const std::string& HzTableName)
-{
-    deleteTempTable(HzTableName);
 }
 
 void EqPoint::IsEditable(Variant& vFeatureLayer, bool& pEdit)

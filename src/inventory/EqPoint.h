@@ -1,6 +1,6 @@
 #pragma once
 
-#include "context/ObjectWithMap.h"
+#include "inventory/InventoryClass.h"
 #include "platform/automation/MemberTable.h"
 #include "platform/automation/Variant.h"
 
@@ -22,7 +22,7 @@ namespace brevant::inventory {
 /// member through its trap: recorded once in EqErrorLog.txt under the member's tag and raised
 /// with 0x8004060C (0x80040608 for MapPointdata and GenerateThematicMap). Records a failed
 /// member stored before the failure stay changed.
-class EqPoint : public context::ObjectWithMap {
+class EqPoint : public InventoryClass {
 public:
     /// Opens the study-region context (see context::Init); throws when it fails, so a failing
     /// initialiser fails the creation of the object.
@@ -64,35 +64,13 @@ public:
     /// Puts the class on the map (context::AddInventoryLayer, selectable and visible). Tag
     /// " MapPointdata".
     void MapPointdata(const std::string& sTable, int16_t iDataBaseType);
-    /// Checks a candidate point class (context::CheckCandidateClass). Never raises.
-    void IsValid(const std::string& MDBName, const std::string& TableName,
-                 const std::string& MDBPath, platform::automation::Variant& NRecs,
-                 int16_t& IsGeoDB);
-    /// Redraws the map. Tag " RefreshMap".
-    void RefreshMap();
-    /// Obsolete: tells the user "This Method is obsolete , Call GenerateThematicMap".
-    void GenerateThmMap(const std::string& Sqltable, int16_t iDataBaseType, int16_t& ThmMapType,
-                        std::string& FieldNameToMap);
-    /// Thematic map of an inventory result table (see generateInventoryThematicMap).
-    void GenerateThematicMap(const std::string& Sqltable, int16_t iDataBaseType,
-                             int16_t& ThmMapType, std::string& FieldNameToMap, double& dMInVal,
-                             double& dMaxVal);
     /// Obsolete: tells the user "Obsolete method" and does nothing else.
     void AnalyzeInvtForUserDefinedScenario(const std::string& RsId,
                                            const platform::automation::Variant& vMapType,
                                            const platform::automation::Variant& vProgressBar);
-    /// The user-defined analysis of the record set's point class.
-    void AnalyzeUserDefinedScenario(const std::string& RsId,
-                                    const platform::automation::Variant& vMapType,
-                                    const platform::automation::Variant& vProgressBar);
     /// The older entry point: does nothing.
     void AnalyzeInvtForProbScenario(const std::string& RsId, int16_t RetrunPeriod,
                                     const platform::automation::Variant& vProgressBar);
-    /// The probabilistic analysis of the record set's point class.
-    void AnalyzeProbabilisticScenario(const std::string& RsId, int16_t RetrunPeriod,
-                                      const platform::automation::Variant& vProgressBar);
-    /// Deletes the scratch copy of a class in temp.mdb. Tag " DeleteTempTable".
-    void DeleteTempTable(const std::string& HzTableName);
     /// `pEdit`: whether the layer's class lies in one of the region's inventory databases
     /// (paths compared without regard to case). Tag " IsEditable".
     void IsEditable(platform::automation::Variant& vFeatureLayer, bool& pEdit);

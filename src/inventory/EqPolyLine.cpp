@@ -51,7 +51,7 @@ geodatabase::Workspace openOrCreate(const std::string& path)
 
 } // namespace
 
-EqPolyLine::EqPolyLine()
+EqPolyLine::EqPolyLine() : InventoryClass(ShapeType::Polyline)
 {
     context::runTrapped(" EqPoint", platform::automation::LibraryCode::LineClassInit,
                         [] { context::openStudyRegion(true); });
@@ -113,22 +113,7 @@ void EqPolyLine::ImportData(const std::string& HzTableName, const std::string& S
 
 void EqPolyLine::MapLinedata(const std::string& sTable, int16_t iDataBaseType)
 {
-    context::runTrapped(" MapLinedata", MapLayer, [&] {
-        context::AddInventoryLayer(openClass(sTable, context::InventoryDatabasePath(iDataBaseType)),
-                                   true, 0, true, "");
-    });
-}
-
-void EqPolyLine::IsValid(const std::string& MDBName, const std::string& TableName,
-                         const std::string& MDBPath, Variant& NRecs, int16_t& IsGeoDB)
-{
-    context::CheckCandidateClass(MDBName, TableName, MDBPath, NRecs, IsGeoDB,
-                                 ShapeType::Polyline);
-}
-
-void EqPolyLine::RefreshMap()
-{
-    context::runTrapped(" RefreshMap", Procedure, [] { context::RefreshView(); });
+    mapClass(" MapLinedata", sTable, iDataBaseType);
 }
 
 void EqPolyLine::UpdateTractValue(const Variant& vInvHftClass)
@@ -140,20 +125,6 @@ void EqPolyLine::UpdateTractValue(const Variant& vInvHftClass)
     });
 }
 
-void EqPolyLine::GenerateThmMap(const std::string& /*Sqltable*/, int16_t /*iDataBaseType*/,
-                                int16_t& /*ThmMapType*/, std::string& /*FieldNameToMap*/)
-{
-    showObsolete("This Method is obsolete , Call GenerateThematicMap");
-}
-
-void EqPolyLine::GenerateThematicMap(const std::string& Sqltable, int16_t iDataBaseType,
-                                     int16_t& ThmMapType, std::string& FieldNameToMap,
-                                     double& dMInVal, double& dMaxVal)
-{
-    generateInventoryThematicMap(Sqltable, iDataBaseType, ThmMapType, FieldNameToMap, dMInVal,
-                                 dMaxVal);
-}
-
 void EqPolyLine::AnalyzeInvtForUserDefinedScenario(const std::string& /*RsId*/,
                                                    const Variant& /*vMapType*/,
                                                    const Variant& /*vProgressBar*/)
@@ -162,28 +133,11 @@ void EqPolyLine::AnalyzeInvtForUserDefinedScenario(const std::string& /*RsId*/,
                         [] { showObsolete("Obsolete method"); });
 }
 
-void EqPolyLine::AnalyzeUserDefinedScenario(const std::string& RsId, const Variant& vMapType,
-                                            const Variant& vProgressBar)
-{
-    analyzeUserDefined(RsId, vMapType, vProgressBar, false);
-}
-
 void EqPolyLine::AnalyzeInvtForProbScenario(const std::string& RsId, int16_t RetrunPeriod,
                                             const Variant& vProgressBar)
 {
     showObsolete("Obsolete Method");
-    analyzeProbabilistic(RsId, RetrunPeriod, vProgressBar, false, " AnalyzeInvtForProbScenario");
-}
-
-void EqPolyLine::AnalyzeProbabilisticScenario(const std::string& RsId, int16_t RetrunPeriod,
-                                              const Variant& vProgressBar)
-{
-    analyzeProbabilistic(RsId, RetrunPeriod, vProgressBar, false);
-}
-
-void EqPolyLine::DeleteTempTable(const std::string& HzTableName)
-{
-    deleteTempTable(HzTableName);
+    analyzeProbabilistic(" AnalyzeInvtForProbScenario", RsId, RetrunPeriod, vProgressBar);
 }
 
 void EqPolyLine::GetPipeLineClass(int16_t code)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "context/ObjectWithMap.h"
+#include "inventory/InventoryClass.h"
 #include "platform/automation/MemberTable.h"
 #include "platform/automation/Variant.h"
 
@@ -20,7 +20,7 @@ namespace brevant::inventory {
 /// but "hzLevees" has a hazard table "Eq" + S + "hft" whose records carry the tract. Failures
 /// end a member through its trap as EqPoint's do (0x8004060C; 0x80040608 for MapLinedata and
 /// GenerateThematicMap).
-class EqPolyLine : public context::ObjectWithMap {
+class EqPolyLine : public InventoryClass {
 public:
     /// Opens the study-region context (see context::Init); throws when it fails, so a failing
     /// initialiser fails the creation of the object.
@@ -43,39 +43,17 @@ public:
     /// Puts the class on the map (context::AddInventoryLayer, selectable and visible). Tag
     /// " MapLinedata".
     void MapLinedata(const std::string& sTable, int16_t iDataBaseType);
-    /// Checks a candidate line class (context::CheckCandidateClass). Never raises.
-    void IsValid(const std::string& MDBName, const std::string& TableName,
-                 const std::string& MDBPath, platform::automation::Variant& NRecs,
-                 int16_t& IsGeoDB);
-    /// Redraws the map. Tag " RefreshMap".
-    void RefreshMap();
     /// Fills "Tract" of a line hazard table from the region's tracts: the tract that contains
     /// each record or, failing that, the nearest at any distance. Tag " UpdateTractValue".
     void UpdateTractValue(const platform::automation::Variant& vInvHftClass);
-    /// Obsolete: tells the user "This Method is obsolete , Call GenerateThematicMap".
-    void GenerateThmMap(const std::string& Sqltable, int16_t iDataBaseType, int16_t& ThmMapType,
-                        std::string& FieldNameToMap);
-    /// Thematic map of an inventory result table (see generateInventoryThematicMap).
-    void GenerateThematicMap(const std::string& Sqltable, int16_t iDataBaseType,
-                             int16_t& ThmMapType, std::string& FieldNameToMap, double& dMInVal,
-                             double& dMaxVal);
     /// Obsolete: tells the user "Obsolete method" and does nothing else.
     void AnalyzeInvtForUserDefinedScenario(const std::string& RsId,
                                            const platform::automation::Variant& vMapType,
                                            const platform::automation::Variant& vProgressBar);
-    /// The user-defined analysis of the record set's line class.
-    void AnalyzeUserDefinedScenario(const std::string& RsId,
-                                    const platform::automation::Variant& vMapType,
-                                    const platform::automation::Variant& vProgressBar);
     /// Tells the user "Obsolete Method", then runs the probabilistic analysis as
     /// AnalyzeProbabilisticScenario does. Tag " AnalyzeInvtForProbScenario".
     void AnalyzeInvtForProbScenario(const std::string& RsId, int16_t RetrunPeriod,
                                     const platform::automation::Variant& vProgressBar);
-    /// The probabilistic analysis of the record set's line class.
-    void AnalyzeProbabilisticScenario(const std::string& RsId, int16_t RetrunPeriod,
-                                      const platform::automation::Variant& vProgressBar);
-    /// Deletes the scratch copy of a class in temp.mdb. Tag " DeleteTempTable".
-    void DeleteTempTable(const std::string& HzTableName);
 
 private:
     /// Adds the pipeline class of a code to the map, not selectable: 4 gives index 1, 5 gives

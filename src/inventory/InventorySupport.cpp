@@ -1,13 +1,10 @@
 #include "inventory/InventorySupport.h"
 
-#include "analysis/EqProbabilistic.h"
-#include "analysis/EqUserDefined.h"
 #include "context/ContextObjects.h"
 #include "context/EqShape.h"
 #include "context/ErrorTrap.h"
 #include "context/StudyRegionContext.h"
 #include "host/GisDataService.h"
-#include "host/GisUtilityService.h"
 #include "host/HostServices.h"
 #include "host/InventoryCatalogService.h"
 #include "platform/automation/ErrorNumbers.h"
@@ -16,7 +13,6 @@
 #include "platform/geodatabase/Workspace.h"
 #include "platform/geometry/Envelope.h"
 #include "platform/ui/UserPrompts.h"
-#include "thematic/EqThematicMap.h"
 
 #include <filesystem>
 
@@ -24,7 +20,6 @@ namespace brevant::inventory {
 
 namespace geodatabase = platform::geodatabase;
 using platform::automation::Variant;
-using platform::automation::LibraryCode::MapLayer;
 using platform::automation::LibraryCode::Procedure;
 
 namespace {
@@ -105,36 +100,6 @@ void deleteTempTable(const std::string& HzTableName)
 void showObsolete(const std::string& text)
 {
     platform::ui::userPrompts().messageBox(text, "", platform::ui::MessageButtons::Ok);
-}
-
-void analyzeUserDefined(const std::string& RsId, const Variant& vMapType,
-                        const Variant& vProgressBar, bool isPoint)
-{
-    context::runTrapped(" AnalyzeUserDefinedScenario", Procedure, [&] {
-        std::string tableName =
-            host::hostServices().createGisUtilityService()->GetRecordSetTableName(RsId);
-        analysis::AnalyzeInvtUserDefinedScenario(tableName, vMapType, vProgressBar, isPoint);
-    });
-}
-
-void analyzeProbabilistic(const std::string& RsId, int16_t RetrunPeriod,
-                          const Variant& vProgressBar, bool isPoint, const std::string& tag)
-{
-    context::runTrapped(tag, Procedure, [&] {
-        std::string tableName =
-            host::hostServices().createGisUtilityService()->GetRecordSetTableName(RsId);
-        analysis::AnalyzeProbDefinedScenario(tableName, RetrunPeriod, vProgressBar, isPoint);
-    });
-}
-
-void generateInventoryThematicMap(const std::string& Sqltable, int16_t iDataBaseType,
-                                  int16_t& ThmMapType, std::string& FieldNameToMap,
-                                  double& dMInVal, double& dMaxVal)
-{
-    context::runTrapped(" GenerateThematicMap", MapLayer, [&] {
-        thematic::CreateThematicMap(Sqltable, context::InventoryDatabasePath(iDataBaseType),
-                                    ThmMapType, FieldNameToMap, dMInVal, dMaxVal, true, true, "");
-    });
 }
 
 TractLookup::TractLookup(const geodatabase::FeatureClass& tracts)

@@ -15,9 +15,9 @@ namespace brevant::platform::geometry {
 struct Point;
 }
 
-/// What the point and line inventory classes share: classes opened through the host, the
-/// scratch database, the tract lookup, the obsolete members' messages and the analysis entry
-/// points.
+/// What the point and line inventory classes share besides their common members: classes
+/// opened through the host, the scratch database, the tract lookup and the obsolete members'
+/// message.
 namespace brevant::inventory {
 
 /// A feature class opened through the context's GisDataService; error 91 when the host hands
@@ -39,22 +39,6 @@ void deleteTempTable(const std::string& HzTableName);
 
 /// Tells the user that a member is obsolete (OK button, the default title).
 void showObsolete(const std::string& text);
-
-/// The analyses of an analysis record set: the record set's table name from
-/// GisUtilityService, then the module's analysis of that class. Tags " AnalyzeUserDefinedScenario"
-/// and " AnalyzeProbabilisticScenario" unless another is given.
-void analyzeUserDefined(const std::string& RsId, const platform::automation::Variant& vMapType,
-                        const platform::automation::Variant& vProgressBar, bool isPoint);
-void analyzeProbabilistic(const std::string& RsId, int16_t RetrunPeriod,
-                          const platform::automation::Variant& vProgressBar, bool isPoint,
-                          const std::string& tag = " AnalyzeProbabilisticScenario");
-
-/// The thematic map of an inventory result table: the builder draws `Sqltable` joined to its
-/// inventory class of the database `iDataBaseType` names. Tag " GenerateThematicMap", code
-/// 0x80040608.
-void generateInventoryThematicMap(const std::string& Sqltable, int16_t iDataBaseType,
-                                  int16_t& ThmMapType, std::string& FieldNameToMap,
-                                  double& dMInVal, double& dMaxVal);
 
 /// The tract of a point: the "Tract" of the first tract (in identifier order) whose shape the
 /// point intersects, inside or on its edge, as a spatial filter with the point would find it;
