@@ -5,6 +5,7 @@
 #include "context/EqUtilFunctions.h"
 #include "context/ErrorTrap.h"
 #include "context/StudyRegionContext.h"
+#include "context/TractPoints.h"
 #include "host/GisDataService.h"
 #include "host/HostServices.h"
 #include "host/InventoryCatalogService.h"
@@ -245,33 +246,7 @@ void RecreateTractHFT()
             context::throwObjectNotSet("server table hztract");
         }
         const auto tractTable = detail::openRegionClass("eqTract", "RegionBndry.mdb");
-
-        const int sourceTract = requireField(*tracts, "Tract");
-        const int sourceLatitude = requireField(*tracts, "CenLat");
-        const int sourceLongitude = requireField(*tracts, "CenLongit");
-        const int tract = requireField(*tractTable, "Tract");
-        const int latitude = requireField(*tractTable, "Latitude");
-        const int longitude = requireField(*tractTable, "Longitude");
-        {
-            geodatabase::InsertCursor insert = tractTable->insert();
-            geodatabase::Cursor cursor = tracts->search();
-            geodatabase::Row source;
-            while (cursor.next(source)) {
-                const double y = source.value(sourceLatitude).toDouble();
-                const double x = source.value(sourceLongitude).toDouble();
-                geodatabase::Row row = tractTable->createRow();
-                row.setShape(geometry::Geometry::point({x, y}));
-                row.setValue(tract, source.value(sourceTract));
-                row.setValue(latitude, y);
-                row.setValue(longitude, x);
-                insert.insertRow(row);
-            }
-            insert.flush();
-        }
-        context::UpdateFieldValue(*tractTable, "stype", "D", "");
-        context::UpdateFieldValue(*tractTable, "lqfsuscat", "0", "");
-        context::UpdateFieldValue(*tractTable, "lndsuscat", "0", "");
-        context::UpdateFieldValue(*tractTable, "w_depth", "5.0", "");
+        context::appendTractPoints(*tracts, *tractTable);
     });
 }
 

@@ -1,8 +1,10 @@
 #include "context/ContextObjects.h"
 
 #include "context/StudyRegionContext.h"
+#include "host/GisDataService.h"
 #include "platform/automation/AutomationError.h"
 #include "platform/automation/ErrorNumbers.h"
+#include "platform/geodatabase/FeatureClass.h"
 
 #include <string>
 
@@ -31,6 +33,18 @@ host::RegionSettingsStore& contextSettingsStore()
         throwObjectNotSet("RegionSettingsStore");
     }
     return *store;
+}
+
+std::shared_ptr<platform::geodatabase::FeatureClass> openFeatureClass(const std::string& className,
+                                                                      const std::string& databasePath)
+{
+    auto featureClass = contextGisDataService()
+                            .OpenFeatureClass(className, databasePath)
+                            .objectAs<platform::geodatabase::FeatureClass>();
+    if (!featureClass) {
+        throwObjectNotSet("feature class");
+    }
+    return featureClass;
 }
 
 platform::carto::Map& currentMapOrFail()

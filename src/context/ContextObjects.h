@@ -1,5 +1,8 @@
 #pragma once
 
+#include <memory>
+#include <string>
+
 namespace brevant::host {
 class GisDataService;
 class RegionSettingsStore;
@@ -7,6 +10,9 @@ class RegionSettingsStore;
 
 namespace brevant::platform::carto {
 class Map;
+}
+namespace brevant::platform::geodatabase {
+class FeatureClass;
 }
 
 namespace brevant::context {
@@ -22,6 +28,10 @@ host::RegionSettingsStore& contextSettingsStore();
 /// CurrentMap.
 platform::carto::Map& currentMapOrFail();
 
+/// A feature class (or table) opened through the context's GisDataService from the database at
+/// its full path; error 91 when the host hands back nothing.
+std::shared_ptr<platform::geodatabase::FeatureClass> openFeatureClass(const std::string& className,
+                                                                      const std::string& databasePath);
 /// Throws automation error 91 naming what is missing.
 [[noreturn]] void throwObjectNotSet(const char* what);
 

@@ -74,13 +74,7 @@ bool hasLayerNamed(const platform::carto::Map& map, std::string_view name)
 /// A feature class of the region's boundary database, opened through the host.
 std::shared_ptr<geodatabase::FeatureClass> openRegionClass(const std::string& className)
 {
-    const Variant opened = context::contextGisDataService().OpenFeatureClass(
-        className, context::studyRegionContext().RegionBoundaryPath);
-    auto featureClass = opened.objectAs<geodatabase::FeatureClass>();
-    if (!featureClass) {
-        context::throwObjectNotSet("feature class");
-    }
-    return featureClass;
+    return context::openFeatureClass(className, context::studyRegionContext().RegionBoundaryPath);
 }
 
 /// A data map of the region's boundary database drawn by the thematic builder under the name
@@ -131,7 +125,14 @@ const platform::automation::MemberTable* EqPolyGon::members() const
             .method("RefreshMap", &EqPolyGon::RefreshMap)
             .method("GenerateThmMap", &EqPolyGon::GenerateThmMap)
             .method("GenerateThematicMap", &EqPolyGon::GenerateThematicMap)
-            .method("AddDefaultMaps", &EqPolyGon::AddDefaultMaps);
+            .method("AddDefaultMaps", &EqPolyGon::AddDefaultMaps)
+            .method("CreateTractHFT", &EqPolyGon::CreateTractHFT)
+            .method("AnalyzeInvtForUserDefinedScenario",
+                    &EqPolyGon::AnalyzeInvtForUserDefinedScenario)
+            .method("AnalyzeProbScenarioforTract", &EqPolyGon::AnalyzeProbScenarioforTract)
+            .method("CreatContourGrid", &EqPolyGon::CreatContourGrid)
+            .method("MapMarPlotFootPrint", &EqPolyGon::MapMarPlotFootPrint)
+            .method("MapFloodView", &EqPolyGon::MapFloodView);
         return t;
     }();
     return &table;

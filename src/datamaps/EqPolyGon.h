@@ -13,7 +13,8 @@ class FeatureClass;
 
 namespace brevant::datamaps {
 
-/// The region's polygon maps: boundary, tracts, data maps, tract hazard table and contour grid.
+/// The region's polygon maps: boundary, tracts, data maps, tract hazard table and contour grid,
+/// and the maps of outside programs (plume footprints, flood view).
 ///
 /// Every method but the two checks runs under its own error trap: a failure is recorded once in
 /// EqErrorLog.txt under the tag named with the method and raised as an AutomationError (0x80040608
@@ -94,6 +95,44 @@ public:
     /// aggregation level 3, else the boundary first; then redraws the map.
     /// Tag " AddDefaultMaps".
     void AddDefaultMaps();
+
+    /// Writes FFE.BNA (WriteTractBna), then appends to eqTract of RegionBndry.mdb one point
+    /// per row of the server table hztract and sets the default site conditions of every
+    /// record (context::appendTractPoints); the table is not emptied first. Tag
+    /// " CreateTractHFT".
+    void CreateTractHFT();
+    /// The user-defined analysis of "eqTract" with these arguments. Tag
+    /// " AnalyzeInvtForUserDefinedScenario".
+    void AnalyzeInvtForUserDefinedScenario(platform::automation::Variant& vMapType,
+                                           platform::automation::Variant& vProgressBar);
+    /// The probabilistic analysis of "eqTract" for a return period. Tag
+    /// " AnalyzeProbScenariobyforTract".
+    void AnalyzeProbScenarioforTract(int16_t RetrunPeriod,
+                                     platform::automation::Variant& vProgressBar);
+    /// Builds the contour grid: the host fills the work copy eqGrid of temp.mdb with grid
+    /// points over the first boundary shape (GridSettingsService's six parameters), transfers
+    /// those inside the boundary into eqGrid of RegionBndry.mdb and the work copy is emptied;
+    /// then the points are numbered (UpdateGridId) and take the site conditions of the
+    /// clipped maps (EqDataMaps.SyncInvtHft "eqGrid"). Tag " CreatContourGrid".
+    void CreatContourGrid();
+
+    /// Replaces the layer "Marplot foot print" with one over MarPlot of the region's
+    /// 3rdParty.mdb: visible, selectable, drawn by the symbol factory. Tag " for census tract ".
+    void MapMarPlotFootPrint();
+    /// Adds a layer "Flood view print" over the shapefile "General"/"FLOODVIEWFILE" names
+    /// (another one each call). When the setting is "NONE_" the user is asked for the file in
+    /// the host's file dialog (starting in "General"/"FLDVIEWPATH") until an existing one is
+    /// chosen, which is stored in the setting, or the dialog is cancelled, which maps nothing.
+    /// Tag " for flood view ".
+    void MapFloodView();
+
+    /// Writes FFE.BNA in the region folder: per tract of hztract, a header line with the quoted
+    /// tract and the vertex count, then one line "x, y" per vertex of all its rings; one empty
+    /// line at the end.
+    void WriteTractBna();
+    /// Numbers the points of eqGrid of RegionBndry.mdb 1, 2, 3, ... in cursor order; a class
+    /// without the field EqGridId is left alone. Tag " UpdateGridId".
+    void UpdateGridId();
 };
 
 } // namespace brevant::datamaps

@@ -32,7 +32,8 @@ public:
     /// Smallest and largest value of a field; database is a full path or a region-folder file.
     virtual void GetFieldRange(const std::string& database, const std::string& className,
                                const std::string& fieldName, double& minValue, double& maxValue);
-    /// Fills gridClass with grid points over the boundary shape, from the six grid parameters.
+    /// Fills gridClass with grid points over the boundary shape (well-known text), from the six
+    /// grid parameters.
     virtual void BuildGridPoints(const Variant& gridClass, const Variant& boundaryShape,
                                  double parameter1, double parameter2, double parameter3,
                                  double parameter4, double parameter5, double parameter6);

@@ -63,7 +63,7 @@ TractShapes readTracts(const geodatabase::FeatureClass& tracts)
 std::shared_ptr<geodatabase::FeatureClass> openClass(const std::string& className,
                                                      const std::string& databasePath)
 {
-    return featureClassOf(context::contextGisDataService().OpenFeatureClass(className, databasePath));
+    return context::openFeatureClass(className, databasePath);
 }
 
 std::shared_ptr<geodatabase::FeatureClass> regionMap(int16_t kind)

@@ -27,6 +27,18 @@ public:
     void DeleteFeatureClass(const std::string& className, const std::string& location) override;
     void GetFieldRange(const std::string& database, const std::string& className,
                        const std::string& fieldName, double& minValue, double& maxValue) override;
+    /// A regular grid over the envelope of the boundary shape (well-known text) widened by
+    /// parameter 5: columns parameter 1 degrees apart starting parameter 3 east of its west
+    /// edge, rows parameter 2 apart starting parameter 4 north of its south edge. The points
+    /// the shape contains are added to gridClass. A spacing that is not above 0, or an envelope
+    /// of more points than parameter 6, fails before anything is written.
+    void BuildGridPoints(const Variant& gridClass, const Variant& boundaryShape, double parameter1,
+                         double parameter2, double parameter3, double parameter4,
+                         double parameter5, double parameter6) override;
+    /// Replaces the rows of className of databasePath with the points of gridClass that a
+    /// polygon of boundaryClass contains (attributes matched by name).
+    void TransferGrid(const Variant& gridClass, const std::string& databasePath,
+                      const std::string& className, const Variant& boundaryClass) override;
     Variant OpenShapefile(const std::string& name, const std::string& folder) override;
 
 private:

@@ -13,6 +13,7 @@
 #include "host/local/HostRoot.h"
 #include "host/local/LocalGisDataService.h"
 #include "host/local/LocalGisUtilityService.h"
+#include "host/local/LocalGridSettingsService.h"
 #include "host/local/LocalInventoryCatalogService.h"
 #include "host/local/LocalProgressDialog.h"
 #include "host/local/LocalRegionContextService.h"
@@ -81,7 +82,7 @@ std::shared_ptr<ProgressDialog> LocalHostServices::createProgressDialog()
 
 std::shared_ptr<GridSettingsService> LocalHostServices::createGridSettingsService()
 {
-    return std::make_shared<GridSettingsService>();
+    return std::make_shared<LocalGridSettingsService>(m_root);
 }
 
 std::shared_ptr<SymbolCatalog> LocalHostServices::createSymbolCatalog()

@@ -2,6 +2,10 @@
 
 #include "host/local/HostRoot.h"
 #include "host/local/MessageTexts.h"
+#include "platform/automation/CaseInsensitive.h"
+#include "platform/ui/UserPrompts.h"
+
+#include <filesystem>
 
 namespace brevant::host::local {
 
@@ -40,6 +44,31 @@ std::string LocalRegionContextService::GetRegionDatabaseName()
 {
     const auto host = HostRoot::load(m_root);
     return "sqlite:" + host.regionDatabasePath(host.currentRegion()).string();
+}
+
+void LocalRegionContextService::ShowFileDialog(const std::string& startFolder,
+                                               const std::string& title,
+                                               const std::string& extension, int32_t& result,
+                                               std::string& path)
+{
+    platform::ui::FileDialogRequest request;
+    request.mode = platform::ui::FileDialogMode::Open;
+    request.startFolder = startFolder;
+    request.title = title;
+    request.extension = extension;
+    const auto chosen = platform::ui::userPrompts().fileDialog(request);
+    if (!chosen) {
+        result = 0;
+        path.clear();
+        return;
+    }
+    path = *chosen;
+    const std::string wanted = "." + extension;
+    result = extension.empty() ||
+                     platform::automation::equalsIgnoreCase(
+                         std::filesystem::path(path).extension().string(), wanted)
+                 ? 1
+                 : -1;
 }
 
 } // namespace brevant::host::local

@@ -21,6 +21,10 @@ public:
     std::string GetMessageText(int32_t code) override;
     /// "sqlite:" followed by the current region's region.sqlite.
     std::string GetRegionDatabaseName() override;
+    /// The user prompts' file dialog (scripted answers in the command line and the tests):
+    /// result 1 with the path chosen, 0 when cancelled, -1 for a file of another extension.
+    void ShowFileDialog(const std::string& startFolder, const std::string& title,
+                        const std::string& extension, int32_t& result, std::string& path) override;
 
 private:
     std::filesystem::path m_root;

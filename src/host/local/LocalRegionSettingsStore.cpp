@@ -27,6 +27,12 @@ void LocalRegionSettingsStore::WriteInt32(const std::string& section, const std:
     RegionDatabase(currentDatabase()).write(section, key, std::to_string(value));
 }
 
+void LocalRegionSettingsStore::WriteString(const std::string& section, const std::string& key,
+                                           const std::string& value)
+{
+    RegionDatabase(currentDatabase()).write(section, key, value);
+}
+
 std::string LocalRegionSettingsStore::ReadString(const std::string& section, const std::string& key)
 {
     return RegionDatabase(currentDatabase()).readString(section, key);

@@ -14,6 +14,8 @@ public:
     int32_t ReadInt32(const std::string& section, const std::string& key) override;
     void WriteInt32(const std::string& section, const std::string& key, int32_t value) override;
     std::string ReadString(const std::string& section, const std::string& key) override;
+    void WriteString(const std::string& section, const std::string& key,
+                     const std::string& value) override;
     int32_t ReadRegionInt32(const std::string& region, const std::string& section,
                             const std::string& key) override;
     void WriteRegionInt32(const std::string& region, const std::string& section,

@@ -68,17 +68,26 @@ RegionDatabase::RegionDatabase(std::filesystem::path path) : m_path(std::move(pa
     }
 }
 
-std::string RegionDatabase::readString(const std::string& section, const std::string& key) const
+std::optional<std::string> RegionDatabase::readOptional(const std::string& section,
+                                                        const std::string& key) const
 {
     SqliteDatabase db(m_path.string(), SqliteDatabase::Mode::ReadOnly);
     SqliteDatabase::Statement query(db,
                                     "SELECT Value FROM Settings WHERE Section = ?1 AND Key = ?2");
     query.bind(1, section).bind(2, key);
     if (!query.step() || query.isNull(0)) {
-        hostError(HostError::UnknownKey,
-                  "setting " + section + "/" + key + " is not set in " + m_path.string());
+        return std::nullopt;
     }
     return query.text(0);
+}
+
+std::string RegionDatabase::readString(const std::string& section, const std::string& key) const
+{
+    if (auto value = readOptional(section, key)) {
+        return *value;
+    }
+    hostError(HostError::UnknownKey,
+              "setting " + section + "/" + key + " is not set in " + m_path.string());
 }
 
 int32_t RegionDatabase::readInt32(const std::string& section, const std::string& key) const

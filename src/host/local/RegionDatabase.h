@@ -47,6 +47,9 @@ public:
     int32_t readInt32(const std::string& section, const std::string& key) const;
     /// Reads a text setting; throws a host error when it is not set.
     std::string readString(const std::string& section, const std::string& key) const;
+    /// Reads a text setting; nullopt when it is not set.
+    std::optional<std::string> readOptional(const std::string& section,
+                                            const std::string& key) const;
     /// Writes a setting, replacing an earlier value.
     void write(const std::string& section, const std::string& key, const std::string& value);
 

@@ -1,0 +1,57 @@
+#include "context/TractPoints.h"
+
+#include "context/EqUtilFunctions.h"
+#include "platform/automation/PlatformError.h"
+#include "platform/automation/ErrorNumbers.h"
+#include "platform/geodatabase/Cursor.h"
+#include "platform/geodatabase/FeatureClass.h"
+
+namespace brevant::context {
+
+namespace geodatabase = platform::geodatabase;
+
+namespace {
+int requireField(const geodatabase::Table& table, const std::string& name)
+{
+    const int index = table.findField(name);
+    if (index < 1) {
+        // What reading a value of an absent field gives: an invalid argument.
+        throw platform::automation::PlatformError(
+            platform::automation::ErrorNumber::InvalidArgument, "Brevant",
+            "field " + name + " is not in " + table.name());
+    }
+    return index;
+}
+} // namespace
+
+void appendTractPoints(const geodatabase::Table& serverTracts, geodatabase::FeatureClass& eqTract)
+{
+    const int sourceTract = requireField(serverTracts, "Tract");
+    const int sourceLatitude = requireField(serverTracts, "CenLat");
+    const int sourceLongitude = requireField(serverTracts, "CenLongit");
+    const int tract = requireField(eqTract, "Tract");
+    const int latitude = requireField(eqTract, "Latitude");
+    const int longitude = requireField(eqTract, "Longitude");
+    {
+        geodatabase::InsertCursor insert = eqTract.insert();
+        geodatabase::Cursor cursor = serverTracts.search();
+        geodatabase::Row source;
+        while (cursor.next(source)) {
+            const double y = source.value(sourceLatitude).toDouble();
+            const double x = source.value(sourceLongitude).toDouble();
+            geodatabase::Row row = eqTract.createRow();
+            row.setShape(platform::geometry::Geometry::point({x, y}));
+            row.setValue(tract, source.value(sourceTract));
+            row.setValue(latitude, y);
+            row.setValue(longitude, x);
+            insert.insertRow(row);
+        }
+        insert.flush();
+    }
+    UpdateFieldValue(eqTract, "stype", "D", "");
+    UpdateFieldValue(eqTract, "lqfsuscat", "0", "");
+    UpdateFieldValue(eqTract, "lndsuscat", "0", "");
+    UpdateFieldValue(eqTract, "w_depth", "5.0", "");
+}
+
+} // namespace brevant::context
