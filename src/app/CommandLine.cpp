@@ -62,6 +62,7 @@ DIR, printing one JSON line per statement. Statements:
   {"get": "pt.m_pMap"}                                read a property
   {"set": "pt.m_pMap", "value": {"ref": "map"}}       assign a property
   {"answers": ["80", "Cancel"]}                       queue answers for input and message boxes
+  {"open": "RegionBndry.mdb:eqTract", "as": "tracts"}  open a class (an argument by "ref")
   {"add-layer": "RegionBndry.mdb:hztract", "name": "Tracts"}   put a class on the map
   {"render": "map.png", "width": 1200, "height": 900} draw the map to a PNG
   {"export-layout": "page.pdf"}                       draw the page layout to PDF (or PNG)

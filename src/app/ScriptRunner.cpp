@@ -174,8 +174,25 @@ json ScriptRunner::dispatch(const json& statement)
     }
     const std::string kind = statement.empty() ? std::string("{}") : statement.begin().key();
     badStatement("unknown statement \"" + kind +
-                 "\"; brevant scripts know new, call, get, set, answers, add-layer, render, "
+                 "\"; brevant scripts know new, call, get, set, answers, open, add-layer, render, "
                  "export-layout and describe");
+}
+
+std::shared_ptr<platform::geodatabase::FeatureClass>
+ScriptRunner::openRegionClass(const std::string& text, const std::string& verb)
+{
+    // DATABASE:CLASS, the database relative to the current region's folder.
+    const auto colon = text.rfind(':');
+    if (colon == std::string::npos || colon == 0 || colon + 1 == text.size()) {
+        badStatement("\"" + verb + "\" needs \"DATABASE:CLASS\", not \"" + text + "\"");
+    }
+    std::string database = text.substr(0, colon);
+    if (!std::filesystem::path(database).is_absolute()) {
+        database = host::hostServices().createRegionContextService()->GetRegionFolder() + database;
+    }
+    const Variant opened =
+        host::hostServices().createGisDataService()->OpenFeatureClass(text.substr(colon + 1), database);
+    return opened.objectAs<platform::geodatabase::FeatureClass>();
 }
 
 std::optional<json> ScriptRunner::viewStatement(const json& statement)
@@ -184,22 +201,14 @@ std::optional<json> ScriptRunner::viewStatement(const json& statement)
     namespace display = platform::display;
     const auto map = std::dynamic_pointer_cast<carto::Map>(objectNamed("map"));
     const auto layout = std::dynamic_pointer_cast<carto::PageLayout>(objectNamed("layout"));
+    if (statement.contains("open")) {
+        const auto opened = openRegionClass(statement.at("open").get<std::string>(), "open");
+        keep(statement, Variant(std::static_pointer_cast<AutomationObject>(opened)));
+        return json{{"result", toJson(Variant(std::static_pointer_cast<AutomationObject>(opened)))}};
+    }
     if (statement.contains("add-layer")) {
-        // DATABASE:CLASS, the database relative to the current region's folder.
-        const auto text = statement.at("add-layer").get<std::string>();
-        const auto colon = text.rfind(':');
-        if (colon == std::string::npos || colon == 0 || colon + 1 == text.size()) {
-            badStatement("\"add-layer\" needs \"DATABASE:CLASS\", not \"" + text + "\"");
-        }
-        std::string database = text.substr(0, colon);
-        if (!std::filesystem::path(database).is_absolute()) {
-            database = host::hostServices().createRegionContextService()->GetRegionFolder() +
-                       database;
-        }
-        const Variant opened = host::hostServices().createGisDataService()->OpenFeatureClass(
-            text.substr(colon + 1), database);
-        auto layer = std::make_shared<carto::FeatureLayer>(
-            opened.objectAs<platform::geodatabase::FeatureClass>());
+        const auto opened = openRegionClass(statement.at("add-layer").get<std::string>(), "add-layer");
+        auto layer = std::make_shared<carto::FeatureLayer>(opened);
         if (statement.contains("name")) {
             layer->setName(statement.at("name").get<std::string>());
         }

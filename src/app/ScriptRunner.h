@@ -12,6 +12,10 @@
 #include <optional>
 #include <string>
 
+namespace brevant::platform::geodatabase {
+class FeatureClass;
+}
+
 namespace brevant::app {
 
 /// Runs script statements against the library, one JSON object per statement:
@@ -20,6 +24,7 @@ namespace brevant::app {
 ///     {"call": "dm.ClipHazardDataMaps", "args": [...], "as": "result"}
 ///     {"get": "pt.m_pMap"}   {"set": "pt.m_pMap", "value": {"ref": "map"}}
 ///     {"answers": ["80"]}
+///     {"open": "RegionBndry.mdb:eqTract", "as": "points"}
 ///     {"add-layer": "RegionBndry.mdb:hztract", "name": "Tracts", "as": "tracts"}
 ///     {"render": "map.png", "width": 1200, "height": 900}
 ///     {"export-layout": "page.pdf"}   {"describe": "map"}   {"describe": "layout"}
@@ -27,7 +32,7 @@ namespace brevant::app {
 /// and answers each with one JSON object: {"ok": true, "result": ..., "byref": [...],
 /// "messages": [...]} or {"ok": false, "error": {"number", "hex", "source", "description"},
 /// "messages": [...]}. The names "map" and "layout" are the host document's map and page
-/// layout from the start; add-layer opens a class (its database relative to the current
+/// layout from the start; open names a class for later arguments; add-layer opens a class (its database relative to the current
 /// region's folder, or absolute) through the host and puts it on top of the map.
 class ScriptRunner {
 public:
@@ -46,6 +51,10 @@ private:
     nlohmann::ordered_json dispatch(const nlohmann::ordered_json& statement);
     nlohmann::ordered_json callStatement(const nlohmann::ordered_json& statement);
     std::optional<nlohmann::ordered_json> viewStatement(const nlohmann::ordered_json& statement);
+    /// The class of "DATABASE:CLASS", the database relative to the current region's folder;
+    /// `verb` names the statement in the error for a malformed text.
+    std::shared_ptr<platform::geodatabase::FeatureClass> openRegionClass(const std::string& text,
+                                                                         const std::string& verb);
     std::shared_ptr<platform::automation::AutomationObject>
     objectNamed(const std::string& name) const;
     std::string nameOf(const platform::automation::AutomationObject& object) const;
