@@ -26,6 +26,22 @@ template <class Body> decltype(auto) runTrapped(std::string_view tag, int32_t co
     }
 }
 
+/// The trap of the symbol factory and the thematic builder: records what was thrown under the
+/// tag (code 0x8004060C, unless it was recorded already) and returns it to raise again with
+/// its number and source kept and the tag as its description. Every builder the error climbs
+/// through adds its record; the calling procedure's ordinary trap then converts it.
+platform::automation::AutomationError chainError(std::string_view tag, std::exception_ptr error);
+
+/// Runs a builder's body under the chaining trap (see chainError).
+template <class Body> decltype(auto) runChained(std::string_view tag, Body&& body)
+{
+    try {
+        return body();
+    } catch (...) {
+        throw chainError(tag, std::current_exception());
+    }
+}
+
 /// Runs an event handler's body under its trap: the error is recorded and the handler carries
 /// on. Returns false when the body failed.
 template <class Body> bool runLogged(std::string_view tag, int32_t code, Body&& body)

@@ -19,7 +19,6 @@ namespace brevant::thematic {
 namespace carto = platform::carto;
 using platform::automation::AutomationError;
 using platform::automation::Variant;
-using platform::automation::LibraryCode::Procedure;
 namespace ErrorNumber = platform::automation::ErrorNumber;
 
 namespace {
@@ -87,7 +86,7 @@ int16_t openSymbol(const std::string& symbolName)
 
 void CreateRendrer(carto::FeatureLayer& layer, const std::string& symbolName)
 {
-    context::runTrapped(" CreateRendrer", Procedure, [&] {
+    context::runChained(" CreateRendrer", [&] {
         carto::SimpleRenderer renderer;
         if (!layer.featureClass()) {
             throw AutomationError(ErrorNumber::ObjectVariableNotSet, kSource,
@@ -115,7 +114,7 @@ void CreateRendrer(carto::FeatureLayer& layer, const std::string& symbolName)
 
 carto::RgbColor GetColor(const std::string& colourText)
 {
-    return context::runTrapped(" GetColor", Procedure, [&] {
+    return context::runChained(" GetColor", [&] {
         const std::size_t first = colourText.find(',');
         const std::size_t second =
             first == std::string::npos ? std::string::npos : colourText.find(',', first + 1);
@@ -141,7 +140,7 @@ carto::RgbColor GetColor(const std::string& colourText)
 
 carto::MultiLayerMarkerSymbol GetMultiPointSymbol(const std::string& symbolName)
 {
-    return context::runTrapped(" GetMultiPointSymbol", Procedure, [&] {
+    return context::runChained(" GetMultiPointSymbol", [&] {
         carto::MultiLayerMarkerSymbol symbol;
         const int16_t layerCount = openSymbol(symbolName);
         for (int i = 1; i <= layerCount; ++i) {
@@ -153,7 +152,7 @@ carto::MultiLayerMarkerSymbol GetMultiPointSymbol(const std::string& symbolName)
 
 carto::MultiLayerLineSymbol GetMultiLineSymbol(const std::string& symbolName)
 {
-    return context::runTrapped(" GetMultiLineSymbol", Procedure, [&] {
+    return context::runChained(" GetMultiLineSymbol", [&] {
         carto::MultiLayerLineSymbol symbol;
         const int16_t layerCount = openSymbol(symbolName);
         for (int i = 1; i <= layerCount; ++i) {
@@ -165,7 +164,7 @@ carto::MultiLayerLineSymbol GetMultiLineSymbol(const std::string& symbolName)
 
 carto::SimpleFillSymbol GetSimplePolygonSymbol(const std::string& /*symbolName*/)
 {
-    return context::runTrapped(" GetSimplePolygonSymbol", Procedure, [] {
+    return context::runChained(" GetSimplePolygonSymbol", [] {
         carto::SimpleFillSymbol fill;
         fill.style = carto::SimpleFillStyle::Solid;
         fill.color = carto::RgbColor{255, 255, 190};
@@ -175,7 +174,7 @@ carto::SimpleFillSymbol GetSimplePolygonSymbol(const std::string& /*symbolName*/
 
 carto::MarkerLayer GetPointSymbol(int16_t layerIndex)
 {
-    return context::runTrapped(" GetPointSymbol", Procedure, [&]() -> carto::MarkerLayer {
+    return context::runChained(" GetPointSymbol", [&]() -> carto::MarkerLayer {
         if (catalogue().GetPointLayerType(layerIndex) == kCharacterMarker) {
             return GetCharacterMarkerSymbol(layerIndex);
         }
@@ -185,8 +184,8 @@ carto::MarkerLayer GetPointSymbol(int16_t layerIndex)
 
 std::optional<carto::LineLayer> GetLineSymbol(int16_t layerIndex)
 {
-    return context::runTrapped(
-        " GetLineSymbol", Procedure, [&]() -> std::optional<carto::LineLayer> {
+    return context::runChained(
+        " GetLineSymbol", [&]() -> std::optional<carto::LineLayer> {
             const std::string type = catalogue().GetLineLayerType(layerIndex);
             if (type == kMarkerLine) {
                 return GetMarkerLineSymbol(layerIndex);
@@ -203,7 +202,7 @@ std::optional<carto::LineLayer> GetLineSymbol(int16_t layerIndex)
 
 carto::CharacterMarkerSymbol GetCharacterMarkerSymbol(int16_t layerIndex)
 {
-    return context::runTrapped(" GetCharacterMarkerSymbol", Procedure, [&] {
+    return context::runChained(" GetCharacterMarkerSymbol", [&] {
         std::string colour;
         std::string fontName;
         double size = 0.0;
@@ -223,7 +222,7 @@ carto::CharacterMarkerSymbol GetCharacterMarkerSymbol(int16_t layerIndex)
 
 carto::SimpleMarkerSymbol GetSimpleMarkerSymbol(int16_t /*layerIndex*/)
 {
-    return context::runTrapped(" GetSimpleMarkerSymbol", Procedure, [] {
+    return context::runChained(" GetSimpleMarkerSymbol", [] {
         carto::SimpleMarkerSymbol marker;
         marker.color = carto::RgbColor{0, 0, 0};
         marker.size = 0.0;
@@ -233,7 +232,7 @@ carto::SimpleMarkerSymbol GetSimpleMarkerSymbol(int16_t /*layerIndex*/)
 
 carto::CartographicLineSymbol GetCartograhicLineSymbol(int16_t layerIndex)
 {
-    return context::runTrapped(" GetCartograhicLineSymbol", Procedure, [&] {
+    return context::runChained(" GetCartograhicLineSymbol", [&] {
         std::string colour;
         double width = 0.0;
         std::string capName;
@@ -256,7 +255,7 @@ carto::CartographicLineSymbol GetCartograhicLineSymbol(int16_t layerIndex)
 
 carto::MarkerLineSymbol GetMarkerLineSymbol(int16_t layerIndex)
 {
-    return context::runTrapped(" GetMarkerLineSymbol", Procedure, [&] {
+    return context::runChained(" GetMarkerLineSymbol", [&] {
         std::string colour;
         double width = 0.0;
         std::string capName;
@@ -283,7 +282,7 @@ carto::MarkerLineSymbol GetMarkerLineSymbol(int16_t layerIndex)
 
 carto::HashLineSymbol GetHashLineSymbol(int16_t layerIndex)
 {
-    return context::runTrapped(" GetHashLineSymbol", Procedure, [&] {
+    return context::runChained(" GetHashLineSymbol", [&] {
         std::string colour;
         double width = 0.0;
         std::string hashType;
@@ -310,7 +309,7 @@ carto::HashLineSymbol GetHashLineSymbol(int16_t layerIndex)
 
 int16_t GetLineCap(const std::string& name)
 {
-    return context::runTrapped(" GetLineCap", Procedure, [&]() -> int16_t {
+    return context::runChained(" GetLineCap", [&]() -> int16_t {
         if (name == "Round") {
             return static_cast<int16_t>(carto::LineCap::Round);
         }
@@ -323,7 +322,7 @@ int16_t GetLineCap(const std::string& name)
 
 int16_t GetLineJoin(const std::string& name)
 {
-    return context::runTrapped(" GetLineJoin", Procedure, [&]() -> int16_t {
+    return context::runChained(" GetLineJoin", [&]() -> int16_t {
         if (name == "Round") {
             return static_cast<int16_t>(carto::LineJoin::Round);
         }

@@ -21,10 +21,11 @@ class FeatureLayer;
 // The default symbology of the layers the library adds. Point and line symbols come by name
 // from the host's symbol catalogue; polygons get one fixed fill.
 //
-// Every procedure runs under its own trap: a failure is recorded in the region's error log
-// under the procedure's name with a leading blank (" GetColor", " CreateRendrer", ...) and
-// code 0x8004060C, and raised again as an AutomationError. An error already recorded by an
-// inner procedure passes on unchanged.
+// Every procedure runs under the chaining trap (context::runChained): a failure is recorded in
+// the region's error log under the procedure's name with a leading blank (" GetColor",
+// " CreateRendrer", ...) and raised again with its number and source kept and that name as its
+// description, so each builder it climbs through adds a record and the calling procedure's
+// trap converts it to its own library code.
 namespace brevant::thematic {
 
 /// Gives `layer` a new simple renderer with the symbol built for its shape type: the

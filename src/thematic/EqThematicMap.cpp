@@ -33,7 +33,6 @@ namespace carto = platform::carto;
 namespace geodatabase = platform::geodatabase;
 using platform::automation::AutomationError;
 using platform::automation::Variant;
-using platform::automation::LibraryCode::Procedure;
 namespace ErrorNumber = platform::automation::ErrorNumber;
 
 namespace {
@@ -269,8 +268,8 @@ void CreateThematicMap(const std::string& tableName, const std::string& database
                        int16_t mapType, const std::string& fieldName, double& minimum,
                        double& maximum, bool join, bool visible, const std::string& layerName)
 {
-    context::runTrapped(
-        " CreateThematicMap for " + tableName + " column " + fieldName, Procedure, [&] {
+    context::runChained(
+        " CreateThematicMap for " + tableName + " column " + fieldName, [&] {
             const BuildScope build;
             const int16_t precision = mapType == kContourMapType
                                           ? kContourPrecision
@@ -323,8 +322,8 @@ void CreateThmMapForTract(const std::string& mapName, const std::string& databas
                           int16_t mapType, const std::string& fieldOrTableName, double minimum,
                           double maximum, int16_t precision, bool nameFlag)
 {
-    context::runTrapped(
-        " CreateThmMapForTract for  " + mapName + " column " + fieldOrTableName, Procedure, [&] {
+    context::runChained(
+        " CreateThmMapForTract for  " + mapName + " column " + fieldOrTableName, [&] {
             SetFormat(precision, mapName);
             state().precision = precision;
             widen(minimum, maximum, precision);
@@ -349,7 +348,7 @@ std::shared_ptr<carto::FeatureLayer> GetJoinThmMap(const std::string& tableName,
                                                    const std::string& fieldName, double minimum,
                                                    double maximum)
 {
-    return context::runTrapped(" GetJoinThmMap for " + tableName, Procedure, [&] {
+    return context::runChained(" GetJoinThmMap for " + tableName, [&] {
         const BuildScope build;
         // A result table "eq..." is drawn on the inventory class "hz..."; the building results
         // live beside their own class.
@@ -373,7 +372,7 @@ std::shared_ptr<carto::FeatureLayer> GetSimpleThmMap(const std::string& tableNam
                                                      int16_t mapType, const std::string& fieldName,
                                                      double minimum, double maximum)
 {
-    return context::runTrapped(" GetSimpleThmMap for " + tableName, Procedure, [&] {
+    return context::runChained(" GetSimpleThmMap for " + tableName, [&] {
         const BuildScope build;
         auto layer = hiddenLayer(openFeatureClass(tableName, databaseName), tableName);
         SetFormat(kContourPrecision, tableName);
@@ -386,7 +385,7 @@ carto::ClassBreaksRenderer GetCBRenderer(const std::string& featureClassName, in
                                          int16_t symbolType, const std::string& fieldName,
                                          double minimum, double maximum)
 {
-    return context::runTrapped(" GetCBRenderer for table " + featureClassName, Procedure, [&] {
+    return context::runChained(" GetCBRenderer for table " + featureClassName, [&] {
         const BuildScope build;
         const int16_t type = mapType == 4 ? int16_t{2} : mapType;
         auto& settings = classSettings();
@@ -471,8 +470,8 @@ carto::UniqueValueRenderer GetUniquevalueRenderer(const std::string& featureClas
                                                   int16_t mapType, int16_t symbolType,
                                                   const std::string& fieldName)
 {
-    return context::runTrapped(
-        " GetUniquevalueRenderer for table " + featureClassName, Procedure, [&] {
+    return context::runChained(
+        " GetUniquevalueRenderer for table " + featureClassName, [&] {
             const BuildScope build;
             auto& settings = classSettings();
             const int32_t valueCount = settings.GetValueCount(mapType);
@@ -517,7 +516,7 @@ carto::UniqueValueRenderer GetUniquevalueRenderer(const std::string& featureClas
 carto::Symbol CreateThmLayerSymbol(const std::optional<carto::Symbol>& symbolTemplate,
                                    int16_t symbolType, const std::string& colour)
 {
-    return context::runTrapped(" CreateThmLayerSymbol", Procedure, [&]() -> carto::Symbol {
+    return context::runChained(" CreateThmLayerSymbol", [&]() -> carto::Symbol {
         switch (symbolType) {
         case 2: {
             carto::SimpleFillSymbol fill;
@@ -558,7 +557,7 @@ carto::SimpleFillSymbol
 CreateCntrLayerSymbol(const std::optional<carto::Symbol>& /*symbolTemplate*/,
                       const std::string& colour)
 {
-    return context::runTrapped(" CreateCntrLayerSymbol", Procedure, [&] {
+    return context::runChained(" CreateCntrLayerSymbol", [&] {
         carto::SimpleFillSymbol fill;
         fill.style = carto::SimpleFillStyle::Solid;
         fill.color = GetColor(colour);
@@ -571,8 +570,7 @@ CreateCntrLayerSymbol(const std::optional<carto::Symbol>& /*symbolTemplate*/,
 
 std::optional<carto::Symbol> SymbolForTable(const std::string& name, int16_t symbolType)
 {
-    return context::runTrapped(" SymbolForTable for table " + name, Procedure,
-                               [&]() -> std::optional<carto::Symbol> {
+    return context::runChained(" SymbolForTable for table " + name, [&]() -> std::optional<carto::Symbol> {
                                    switch (symbolType) {
                                    case 1:
                                        return GetResultsPointSymbol();
@@ -588,7 +586,7 @@ std::optional<carto::Symbol> SymbolForTable(const std::string& name, int16_t sym
 
 int16_t GetSymbolType(const std::shared_ptr<geodatabase::FeatureClass>& featureClass)
 {
-    return context::runTrapped(" GetSymbolType", Procedure, [&]() -> int16_t {
+    return context::runChained(" GetSymbolType", [&]() -> int16_t {
         if (!featureClass) {
             context::throwObjectNotSet("feature class");
         }
@@ -607,7 +605,7 @@ int16_t GetSymbolType(const std::shared_ptr<geodatabase::FeatureClass>& featureC
 
 std::string SetFormat(int16_t precision, const std::string& tableName)
 {
-    return context::runTrapped(" SetFormat for table " + tableName, Procedure, [&] {
+    return context::runChained(" SetFormat for table " + tableName, [&] {
         auto& current = state();
         if (precision <= 0) {
             current.formatDecimals = 0;
@@ -620,7 +618,7 @@ std::string SetFormat(int16_t precision, const std::string& tableName)
 
 double SetDelta(int16_t precision)
 {
-    return context::runTrapped(" SetDelta ", Procedure, [&] {
+    return context::runChained(" SetDelta ", [&] {
         if (precision <= 0) {
             return 1.0;
         }
@@ -632,7 +630,7 @@ double SetDelta(int16_t precision)
 
 carto::MultiLayerMarkerSymbol GetResultsPointSymbol()
 {
-    return context::runTrapped(" GetResultsPointSymbol", Procedure, [] {
+    return context::runChained(" GetResultsPointSymbol", [] {
         carto::MultiLayerMarkerSymbol symbol;
         symbol.addLayer(GetResultMarkerSymbol(1));
         symbol.addLayer(GetResultMarkerSymbol(2));
@@ -642,7 +640,7 @@ carto::MultiLayerMarkerSymbol GetResultsPointSymbol()
 
 carto::CharacterMarkerSymbol GetResultMarkerSymbol(int16_t index)
 {
-    return context::runTrapped(" GetResultMarkerSymbol", Procedure, [&] {
+    return context::runChained(" GetResultMarkerSymbol", [&] {
         carto::CharacterMarkerSymbol marker;
         marker.characterIndex = index == 1 ? 33 : 40;
         marker.fontName = "ESRI Default Marker";

@@ -28,9 +28,9 @@ class FeatureClass;
 // labels and values come per type from the host's ThematicClassSettings.
 //
 // The module keeps one precision, one number format and one classification settings object,
-// replaced by every build. Every procedure runs under its own trap: a failure is recorded once
-// in the region's error log under the procedure's tag with code 0x8004060C and raised again as
-// an AutomationError; an error an inner procedure recorded passes on unchanged.
+// replaced by every build. Every procedure runs under the chaining trap of the symbol factory
+// (context::runChained): each level records the failure under its tag and raises it again with
+// its number and source, its tag as the description, for the caller's trap to convert.
 namespace brevant::thematic {
 
 /// Builds a thematic layer of `fieldName` and puts it on CurrentMap. The precision is 4 for

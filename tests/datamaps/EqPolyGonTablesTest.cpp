@@ -13,6 +13,9 @@
 #include "platform/ui/ScriptedPrompts.h"
 
 #include <filesystem>
+#include <fstream>
+#include <functional>
+#include <nlohmann/json.hpp>
 
 namespace brevant::test {
 namespace {
@@ -208,6 +211,49 @@ TEST_F(PolygonTables, CancellingTheFloodViewDialogChangesNothing)
     EXPECT_EQ(setting("FLOODVIEWFILE"), "NONE_");
     EXPECT_TRUE(layerNames().empty());
     EXPECT_EQ(errorLog(), "");
+}
+
+TEST_F(PolygonTables, ABuilderFailureUnderAMapProcedureReachesTheHostUnderItsCode)
+{
+    registerMap("SOIL", {{kWest, kSouth, kMiddle, kNorth, Variant("A")},
+                         {kMiddle, kSouth, kEast, kNorth, Variant("C")}});
+    clip({"SOIL"});
+    // The soil map's class colours turn unreadable: the host's settings refuse them.
+    const auto file = std::filesystem::path(local::HostRoot::load(root()).systemDataFolder()) /
+                      "classes.json";
+    auto settings = nlohmann::json::parse(readFile(file));
+    std::function<void(nlohmann::json&)> spoil = [&](nlohmann::json& node) {
+        if (node.is_object()) {
+            for (auto& [key, value] : node.items()) {
+                if (key == "colour") {
+                    value = "1,2";
+                } else {
+                    spoil(value);
+                }
+            }
+        } else if (node.is_array()) {
+            for (auto& value : node) {
+                spoil(value);
+            }
+        }
+    };
+    for (auto& type : settings.at("mapTypes")) {
+        if (type.at("type") == 8) {
+            spoil(type);
+        }
+    }
+    std::ofstream(file) << settings.dump();
+
+    const auto error = errorOf([&] { m_polygons->MapSoilDataMap(); });
+    EXPECT_EQ(error.number(), static_cast<int32_t>(0x80040608));
+    EXPECT_EQ(error.description(), "Could not put the layer on the map: for soil map");
+    const std::string log = errorLog();
+    // One record per level the error climbs through, the last by the map procedure.
+    for (const char* level :
+         {"in GetUniquevalueRenderer for table eqsrsoil\n", "in GetSimpleThmMap for eqsrsoil\n",
+          "in CreateThematicMap for eqsrsoil column type\n", "map: for soil map\n"}) {
+        EXPECT_NE(log.find(level), std::string::npos) << level << " in\n" << log;
+    }
 }
 
 TEST_F(PolygonTables, TheTractAnalysesRunOnTheTractTableUnderTheirTags)

@@ -123,9 +123,10 @@ TEST_F(EqSimpleRenderer, BadColourTextsAreRecordedUnderGetColor)
         {6, {"1e12,0,0"}}};
     for (const auto& [caught, texts] : textsByCaughtCode) {
         for (const char* text : texts) {
+            // The factory keeps the caught number and names itself; its caller converts.
             const auto error = raisedBy([&] { GetColor(text); });
-            EXPECT_EQ(error.number(), kProcedure) << text;
-            EXPECT_EQ(error.description(), "The map engine failed in GetColor") << text;
+            EXPECT_EQ(error.number(), caught) << text;
+            EXPECT_EQ(error.description(), " GetColor") << text;
             EXPECT_EQ(lastRecord(),
                       "The map engine failed in GetColor\nCode = " + std::to_string(caught))
                 << text;
@@ -211,12 +212,12 @@ TEST_F(EqSimpleRenderer, PolygonsGetTheSameFillWhateverTheName)
     EXPECT_EQ(created().count("SymbolCatalog"), 0u);
 }
 
-TEST_F(EqSimpleRenderer, UnknownSymbolNameIsRecordedOnceByTheInnermostBuilder)
+TEST_F(EqSimpleRenderer, UnknownSymbolNameIsRecordedByTheBuilderAndKeepsTheHostsNumber)
 {
     const auto error = raisedBy([] { GetMultiPointSymbol("hzNoSuchClass"); });
-    EXPECT_EQ(error.number(), kProcedure);
+    EXPECT_EQ(error.number(), host::local::HostError::UnknownKey);
     EXPECT_EQ(error.source(), host::local::kHostSource);
-    EXPECT_EQ(error.description(), "The map engine failed in GetMultiPointSymbol");
+    EXPECT_EQ(error.description(), " GetMultiPointSymbol");
     EXPECT_EQ(records(), 1);
     EXPECT_EQ(lastRecord(), "The map engine failed in GetMultiPointSymbol\nCode = " +
                                 std::to_string(host::local::HostError::UnknownKey));
@@ -266,9 +267,15 @@ TEST_F(EqSimpleRenderer, UnknownLineTypesAreLeftOutAndBadColoursFailTheBuild)
 
     catalogue->count = 1;
     catalogue->colour = "0,0";
-    EXPECT_EQ(raisedBy([] { GetMultiLineSymbol("x"); }).description(),
-              "The map engine failed in GetColor");
-    EXPECT_EQ(records(), 1);
+    // Each builder the error climbs through adds its record.
+    EXPECT_EQ(raisedBy([] { GetMultiLineSymbol("x"); }).description(), " GetMultiLineSymbol");
+    EXPECT_EQ(records(), 4);
+    for (const char* level : {"GetColor", "GetCartograhicLineSymbol", "GetLineSymbol"}) {
+        EXPECT_NE(errorLog().find(std::string("failed in ") + level + "\nCode = 5\n"),
+                  std::string::npos)
+            << level;
+    }
+    EXPECT_EQ(lastRecord(), "The map engine failed in GetMultiLineSymbol\nCode = 5");
 
     catalogue->count = 40000;
     raisedBy([] { GetMultiLineSymbol("x"); });
@@ -325,14 +332,14 @@ TEST_F(EqSimpleRendererLayers, AFailedBuildKeepsTheRendererAndPassesTheInnerCode
     auto points = layerOf(ShapeType::Point, "POINT (1 1)");
     const Renderer before = points->renderer();
     const auto error = raisedBy([&] { CreateRendrer(*points, "hzNoSuchClass"); });
-    EXPECT_EQ(error.number(), kProcedure);
-    EXPECT_EQ(error.description(), "The map engine failed in GetMultiPointSymbol");
-    EXPECT_EQ(records(), 1);
+    EXPECT_EQ(error.number(), host::local::HostError::UnknownKey);
+    EXPECT_EQ(error.description(), " CreateRendrer");
+    EXPECT_EQ(records(), 2);
     EXPECT_EQ(points->renderer(), before);
 
     FeatureLayer detached;
     EXPECT_EQ(raisedBy([&] { CreateRendrer(detached, "hzHighwayBridge"); }).description(),
-              "The map engine failed in CreateRendrer");
+              " CreateRendrer");
     EXPECT_EQ(lastRecord(), "The map engine failed in CreateRendrer\nCode = 91");
 }
 
