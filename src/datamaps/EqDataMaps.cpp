@@ -22,6 +22,7 @@ namespace geodatabase = platform::geodatabase;
 using platform::automation::AutomationError;
 using platform::automation::Collection;
 using platform::automation::Variant;
+using platform::automation::LibraryCode::MapLayer;
 using platform::automation::LibraryCode::Procedure;
 
 namespace {
@@ -447,10 +448,8 @@ void EqDataMaps::GenerateThematicMap(const std::string& MapType,
         static const char* const kGroundMotion[] = {"PGVM", "PGAM", "SA03", "SA10",
                                                     "STGD", "LSGD", "LFPR", "LDGD",
                                                     "LDPR", "SRGD", "SRPR"};
-        bool known = false;
         for (const auto& entry : kDrawn) {
             if (MapType == entry.code) {
-                known = true;
                 table = entry.table;
                 database = entry.inundation ? inundation : regionBoundary;
                 type = entry.type;
@@ -464,7 +463,6 @@ void EqDataMaps::GenerateThematicMap(const std::string& MapType,
             if (MapType != code) {
                 continue;
             }
-            known = true;
             const auto registry = host::hostServices().createUserMapRegistry();
             const UserMap map = userMapOf(*registry, code);
             if (!map.present()) {
@@ -477,7 +475,9 @@ void EqDataMaps::GenerateThematicMap(const std::string& MapType,
         ThmMapType = type;
         dMInVal = minimum;
         dMaxVal = maximum;
-        if (!known || type == 0) {
+        // Only a type of 0 is refused: an unknown code with a type of the caller's goes on to
+        // the builder and fails there under the builder's tags.
+        if (type == 0) {
             throw context::recordError(" GenerateThematicMap , invalid thematic Mapping type",
                                        Procedure,
                                        std::make_exception_ptr(AutomationError(
@@ -494,7 +494,7 @@ void EqDataMaps::GenerateThematicMap(const std::string& MapType,
 void EqDataMaps::MapUserDefinedShakeMap(const std::string& MDBNameWithPath,
                                         const std::string& TableName, const std::string& MapName)
 {
-    context::runTrapped(" for water map", Procedure, [&] {
+    context::runTrapped(" for water map", MapLayer, [&] {
         double minimum = 0.0;
         double maximum = 0.0;
         context::contextGisDataService().GetFieldRange(MDBNameWithPath, TableName, "ParamValue",

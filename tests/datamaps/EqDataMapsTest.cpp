@@ -476,6 +476,30 @@ TEST_F(DataMapDrawing, UnregisteredGroundMotionDrawsNothingAndLowerCaseIsUnknown
         test::raisedBy([&] { m_dataMaps->GenerateThematicMap("soil", none, minimum, maximum); });
     EXPECT_EQ(error.number(), platform::automation::LibraryCode::Procedure);
     EXPECT_TRUE(layers().empty());
+
+    // With a type of the caller's, an unknown code is no type error: the builder fails on it.
+    std::optional<int16_t> eight = int16_t{8};
+    const auto built =
+        test::raisedBy([&] { m_dataMaps->GenerateThematicMap("soil", eight, minimum, maximum); });
+    EXPECT_EQ(built.number(), platform::automation::LibraryCode::Procedure);
+    EXPECT_EQ(built.description(), "The map engine failed in GenerateThematicMap");
+    EXPECT_NE(errorLog().find("failed in GetSimpleThmMap for \n"), std::string::npos);
+    EXPECT_TRUE(layers().empty());
+}
+
+TEST_F(DataMapDrawing, UserShakeMapsAreDrawnUnderTheirNameAndFailAsMapProcedures)
+{
+    registerMap("PGAM", halves(Variant(0.2), Variant(0.6)));
+    const std::string file = userMapFile("PGAM").string();
+    const std::string table = geodatabase::Workspace::open(file).datasetNames().front();
+    m_dataMaps->MapUserDefinedShakeMap(file, table, "Hayward M7");
+    ASSERT_EQ(layers().size(), 1u);
+    EXPECT_EQ(layers()[0]->name(), "Shake Map for Hayward M7");
+
+    const auto error =
+        test::raisedBy([&] { m_dataMaps->MapUserDefinedShakeMap(file, "missing", "M6"); });
+    EXPECT_EQ(error.number(), platform::automation::LibraryCode::MapLayer);
+    EXPECT_NE(error.description().find(" for water map"), std::string::npos);
 }
 
 } // namespace
