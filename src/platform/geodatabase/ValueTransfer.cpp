@@ -2,6 +2,7 @@
 
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
+#include "platform/geometry/Envelope.h"
 #include "platform/geometry/FeatureIndex.h"
 
 #include <vector>
@@ -12,12 +13,18 @@ TransferCounts transferValues(FeatureClass& target, const FeatureClass& source, 
                               int sourceField, bool containedOnly,
                               const std::function<void(int64_t, int64_t)>& progress)
 {
+    // The index covers the target's extent: a source shape whose envelope lies wholly outside
+    // it is no candidate, not even as the nearest one.
+    const geometry::Envelope extent = target.extent();
     std::vector<geometry::Geometry> shapes;
     std::vector<automation::Variant> values;
     {
         Cursor cursor = source.search();
         Row row;
         while (cursor.next(row)) {
+            if (row.shape().isNull() || !row.shape().envelope().intersects(extent)) {
+                continue;
+            }
             shapes.push_back(row.shape());
             values.push_back(row.value(sourceField));
         }

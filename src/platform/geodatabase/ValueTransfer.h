@@ -20,7 +20,8 @@ struct TransferCounts {
 /// Copies, into field `targetField` of every target feature, field `sourceField` of the source
 /// shape that contains the feature; when none does, of the nearest source shape and, with
 /// `containedOnly`, only when that shape is at distance exactly 0 (the feature lies on its
-/// edge). Features that get no value keep their old one. Each feature is stored as it goes, so
+/// edge). Only source shapes whose envelope meets the target's extent are candidates. Features
+/// that get no value keep their old one. Each feature is stored as it goes, so
 /// a failure leaves the features before it changed. `progress` is called with the features
 /// done and their total.
 TransferCounts transferValues(FeatureClass& target, const FeatureClass& source, int targetField,

@@ -134,5 +134,33 @@ TEST_F(Geoprocessing, TransferContainmentEdgeAndNearest)
     EXPECT_EQ(loose.nearest, 2);
 }
 
+TEST_F(Geoprocessing, TransferLooksOnlyAtSourcesWhoseBoxMeetsTheTargets)
+{
+    // B is nearer to the second site, but its box lies east of every site.
+    auto soil = polygons("soil", "Type", {{"A", "POLYGON ((-5 -5, 0.2 -5, 0.2 0.2, -5 0.2, -5 -5))"},
+                                          {"B", "POLYGON ((1.5 0.4, 2.5 0.4, 2.5 0.6, 1.5 0.6, 1.5 0.4))"}});
+    auto sites = m_workspace->createFeatureClass(
+        "hzSchool", Fields({{"stype", FieldType::String, 1, {}}}), ShapeType::Point);
+    {
+        InsertCursor insert = sites->insert();
+        for (const auto& [x, y] : std::vector<std::pair<double, double>>{{0.0, 0.0}, {1.0, 0.5}}) {
+            Row row = sites->createRow();
+            row.setValue(2, "D");
+            row.setShape(Geometry::point({x, y}));
+            insert.insertRow(row);
+        }
+    }
+    const auto counts = transferValues(*sites, *soil, 2, 2, false);
+    EXPECT_EQ(counts.contained, 1);
+    EXPECT_EQ(counts.nearest, 1);
+    Cursor cursor = sites->search();
+    Row row;
+    std::vector<std::string> values;
+    while (cursor.next(row)) {
+        values.push_back(row.value(2).toString());
+    }
+    EXPECT_EQ(values, (std::vector<std::string>{"A", "A"}));
+}
+
 } // namespace
 } // namespace brevant::platform::geodatabase
