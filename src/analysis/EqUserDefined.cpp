@@ -116,10 +116,8 @@ bool OpenUserDefinedMaps(const Variant& vMapType)
 {
     return context::runTrapped(" OpenUserDefinedMaps", Procedure, [&] {
         auto& current = state();
-        // Maps a failed analysis left behind are replaced, not reused for codes not asked for.
-        for (auto& map : current.maps) {
-            map.reset();
-        }
+        // Slots are not emptied here: the maps a failed analysis left behind stay until an
+        // analysis replaces them, and the end of every completed analysis empties them all.
         current.mapTypes = vMapType;
         const auto codes = context::GetCollectionfromVariant(vMapType);
         current.mapTypeCount = codes->count();

@@ -57,10 +57,12 @@ void AnalyzeInvtUserDefinedScenario(std::string& tableName,
                                     const platform::automation::Variant& vProgressBar,
                                     bool isPoint);
 
-/// Empties the map slots, stores `vMapType` and its count, and opens into its slot the
-/// registered map of each known code of the list, in order ("SRGD" and "SRPR" open the class
+/// Stores `vMapType` and its count, and opens into its slot the registered map of each known
+/// code of the list, in order ("SRGD" and "SRPR" open the class
 /// "eqsrlqf" and "eqsrlnd" of the registered file). Codes without a registered map and unknown
-/// codes are skipped. Returns whether any map opened. Tag " OpenUserDefinedMaps".
+/// codes are skipped. Slots of codes not listed keep what they hold: after a failed analysis, the
+/// maps it opened until the next analysis empties them. Returns whether any map opened. Tag
+/// " OpenUserDefinedMaps".
 bool OpenUserDefinedMaps(const platform::automation::Variant& vMapType);
 
 /// Analyses the point class `tableName` of RegionFolder + `databaseName`: an empty class is

@@ -253,11 +253,12 @@ TEST_F(UserDefinedAnalysis, FailureIsRecordedOnceByTheInnermostProcedureAndMapsS
     EXPECT_EQ(errorRecordCount(), 2);
     EXPECT_TRUE(userDefinedState().maps[slotOf("PGAM")]);
 
-    // The next analysis does not reuse the map left behind for a code it does not list.
+    // The next analysis replaces only the slots of its own codes: the map a failed analysis
+    // left behind is still applied, then every slot is emptied.
     registerUserMap("STGD", zones(1.5, 2.5));
     setBridgeField("pga", 9.0);
     analyse("hzHighwayBridge", codes({"STGD"}));
-    EXPECT_EQ(bridgeValues("pga"), (std::vector<double>{9.0, 9.0, 9.0}));
+    EXPECT_EQ(bridgeValues("pga"), (std::vector<double>{0.3, 0.5, 9.0}));
     EXPECT_FALSE(anyMapOpen());
 }
 
