@@ -71,7 +71,8 @@ public:
     /// Draws the data map of a hazard code on the current map. For the clipped and inundation
     /// codes the thematic type is the code's own and is written back; ground-motion codes draw
     /// the registered map's "paramvalue" with the caller's type and range, and nothing when no
-    /// map is registered. An unknown code or a type of 0 is recorded and raised.
+    /// map is registered. A resulting type of 0 is recorded and raised; an unknown code with a
+    /// type of the caller's goes on to the builder.
     void GenerateThematicMap(const std::string& MapType, std::optional<int16_t>& ThmMapType,
                              std::optional<double>& dMInVal, std::optional<double>& dMaxVal);
     /// Draws the "ParamValue" of a user's ground-motion table in class breaks, as layer
