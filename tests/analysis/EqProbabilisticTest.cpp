@@ -246,17 +246,5 @@ TEST_F(ProbabilisticAnalysis, LineClassIsAnalysedInItsHazardTable)
               "The map engine failed in UpdateLineInvtForProbabilistichzNone in trn.mdb");
 }
 
-TEST(ProbabilisticAnalysisCursor, FlushesAfterEvery101Features)
-{
-    detail::FlushSchedule schedule;
-    std::vector<int> flushedAfter;
-    for (int feature = 1; feature <= 303; ++feature) {
-        if (schedule.countFeature()) {
-            flushedAfter.push_back(feature);
-        }
-    }
-    EXPECT_EQ(flushedAfter, (std::vector<int>{101, 202, 303}));
-}
-
 } // namespace
 } // namespace brevant::analysis
