@@ -19,6 +19,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <regex>
+#include <sstream>
 
 namespace brevant::datamaps {
 namespace {
@@ -36,6 +37,32 @@ using Lines = std::vector<std::string>;
 
 constexpr const char* kFailureMessage = "Korval: Some error occured in data maps processing, "
                                         "please refer to DataMapsLog.txt in study region";
+
+/// Adds behind the registration's repair a self-crossing polygon that the geometry library
+/// refuses to cut, from x = west to x = east at the region's latitudes.
+void addBowTie(const std::filesystem::path& file, const std::string& field, const Variant& value,
+               double west, double east)
+{
+    auto map = geodatabase::Workspace::open(file);
+    auto shapes = map.openFeatureClass(map.datasetNames().front());
+    geodatabase::InsertCursor insert = shapes->insert();
+    auto row = shapes->createRow();
+    row.setValue(shapes->findField(field), value);
+    std::ostringstream wkt;
+    wkt.precision(17);
+    wkt << "POLYGON ((" << west << " 37.81, " << east << " 37.84, " << east << " 37.81, " << west
+        << " 37.84, " << west << " 37.81))";
+    row.setShape(platform::geometry::Geometry::fromWkt(wkt.str()));
+    insert.insertRow(row);
+}
+
+/// Removes a template class from the system folder's copy of a database.
+void removeTemplate(const std::filesystem::path& root, const std::string& database,
+                    const std::string& name)
+{
+    geodatabase::Workspace::open(host::local::HostRoot::load(root).systemDataFolder() + database)
+        .deleteDataset(name);
+}
 
 /// `expected` with "<time>" standing for a time of day in the long time format.
 void expectLines(const Lines& actual, const Lines& expected)
@@ -187,6 +214,30 @@ TEST_F(SiteMapClipping, InvalidValuesGetTheDefaultAndShapesAreCutToTheBoundary)
     EXPECT_TRUE(takeMessageTexts().empty());
 }
 
+TEST_F(SiteMapClipping, AClipTheGeometryRefusesFallsBackToTheWholeMapUnrepaired)
+{
+    registerMap("SOIL", {{kWest, kSouth, kMiddle, kNorth, Variant("F")},
+                         {kMiddle, kSouth, -122.10, kNorth, Variant("C")}});
+    addBowTie(userMapFile("SOIL"), "Type", Variant("BC"), -122.22, -122.10);
+    clip({"SOIL"});
+    // The copy is whole: it reaches past the boundary, and "BC" is not repaired to "D".
+    EXPECT_EQ(valuesOf("RegionBndry.mdb", "eqsrsoil", "Type"), (Lines{"BC", "C", "F"}));
+    EXPECT_NEAR(regionClass("RegionBndry.mdb", "eqsrsoil")->extent().xmax(), -122.10, 1e-12);
+    EXPECT_TRUE(logged("Clipped Soil at  : "));
+    EXPECT_TRUE(takeMessageTexts().empty()) << "the fallback is no failure";
+}
+
+TEST_F(SiteMapClipping, AFailedFallbackIsTheClipsFailureLine)
+{
+    registerMap("SOIL", {{kWest, kSouth, kEast, kNorth, Variant("C")}});
+    addBowTie(userMapFile("SOIL"), "Type", Variant("BC"), -122.22, -122.10);
+    removeTemplate(root(), "RegionBndry.mdb", "eqsrsoil");
+    clip({"SOIL"});
+    EXPECT_TRUE(logged("Clipping  failed, error number : "));
+    EXPECT_FALSE(logged("Clipped Soil at  : "));
+    EXPECT_EQ(takeMessageTexts(), (Lines{kFailureMessage}));
+}
+
 TEST_F(SiteMapClipping, OnlyTheClippedMapsAreReappliedToTheInventory)
 {
     auto sites = addPointInventory("hzCareFlty", {{"W", -122.27, 37.82}, {"E", -122.22, 37.82}});
@@ -229,6 +280,29 @@ TEST_F(SiteMapClipping, FailureIsReportedOnEveryLaterCallOfTheSameObject)
 // Inundation maps ------------------------------------------------------------------------------
 
 class InundationMaps : public test::DataMapsFixture {};
+
+TEST_F(InundationMaps, AnIntersectTheGeometryRefusesLeavesAnEmptyTargetAndNoFlag)
+{
+    registerMap("DAMF", {{-122.28, 37.81, -122.22, 37.84, Variant("1-3 ft")}});
+    addBowTie(userMapFile("DAMF"), "type", Variant("bow tie"), -122.29, -122.21);
+    fill("Inundation.mdb", "srdamind", "type", {{kWest, kSouth, kEast, kNorth, Variant("old")}});
+    clipInundation({"DAMF"});
+    EXPECT_EQ(regionClass("Inundation.mdb", "srdamind")->rowCount(), 0);
+    EXPECT_NE(regionClass("Inundation.mdb", "srdamind")->findField("Tract"), -1)
+        << "made again from the template";
+    EXPECT_FALSE(logged("Intersection  failed", "DataMapsLog1.txt"));
+    EXPECT_TRUE(takeMessageTexts().empty());
+}
+
+TEST_F(InundationMaps, AFailedFallbackIsTheIntersectionsFailureLine)
+{
+    registerMap("DAMF", {{-122.28, 37.81, -122.22, 37.84, Variant("1-3 ft")}});
+    addBowTie(userMapFile("DAMF"), "type", Variant("bow tie"), -122.29, -122.21);
+    removeTemplate(root(), "Inundation.mdb", "srdamind");
+    clipInundation({"DAMF"});
+    EXPECT_TRUE(logged("Intersection  failed, error number : ", "DataMapsLog1.txt"));
+    EXPECT_EQ(takeMessageTexts().size(), 1u) << "the flag brings the closing message";
+}
 
 TEST_F(InundationMaps, MapIsCutByTheTractsIntoItsTarget)
 {
