@@ -49,17 +49,7 @@ std::exception_ptr& usgsOpenFailure()
     return failure;
 }
 
-int requireField(const geodatabase::Table& table, const std::string& name)
-{
-    const int index = table.findField(name);
-    if (index < 1) {
-        // What reading a value of an absent field gives: an invalid argument.
-        throw platform::automation::PlatformError(
-            platform::automation::ErrorNumber::InvalidArgument, "Brevant",
-            "field " + name + " is not in " + table.name());
-    }
-    return index;
-}
+using context::requireField;
 
 /// Opens `tableName` of the region database; if it has no records only the tract table goes
 /// on, rebuilt first. Null when there is nothing to analyse.
@@ -238,13 +228,7 @@ void UpdateProbFieldValues(geodatabase::FeatureClass& inventory,
 void RecreateTractHFT()
 {
     context::runTrapped(" RecreateTractHFT", Procedure, [] {
-        const auto& ctx = context::studyRegionContext();
-        const auto tracts = context::contextGisDataService()
-                                .OpenServerTable(ctx.RegionDatabaseName, "hztract")
-                                .objectAs<geodatabase::Table>();
-        if (!tracts) {
-            context::throwObjectNotSet("server table hztract");
-        }
+        const auto tracts = context::openServerTable("hztract");
         const auto tractTable = detail::openRegionClass("eqTract", "RegionBndry.mdb");
         context::appendTractPoints(*tracts, *tractTable);
     });

@@ -4,6 +4,7 @@
 #include "host/GisDataService.h"
 #include "platform/automation/AutomationError.h"
 #include "platform/automation/ErrorNumbers.h"
+#include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/FeatureClass.h"
 
 #include <string>
@@ -45,6 +46,28 @@ std::shared_ptr<platform::geodatabase::FeatureClass> openFeatureClass(const std:
         throwObjectNotSet("feature class");
     }
     return featureClass;
+}
+
+std::shared_ptr<platform::geodatabase::Table> openServerTable(const std::string& tableName)
+{
+    auto table = contextGisDataService()
+                     .OpenServerTable(studyRegionContext().RegionDatabaseName, tableName)
+                     .objectAs<platform::geodatabase::Table>();
+    if (!table) {
+        throwObjectNotSet(("server table " + tableName).c_str());
+    }
+    return table;
+}
+
+int requireField(const platform::geodatabase::Table& table, const std::string& name)
+{
+    const int index = table.findField(name);
+    if (index < 1) {
+        throw platform::automation::PlatformError(
+            platform::automation::ErrorNumber::InvalidArgument, "Brevant",
+            "field " + name + " is not in " + table.name());
+    }
+    return index;
 }
 
 platform::carto::Map& currentMapOrFail()

@@ -13,7 +13,8 @@ class Map;
 }
 namespace brevant::platform::geodatabase {
 class FeatureClass;
-}
+class Table;
+} // namespace brevant::platform::geodatabase
 
 namespace brevant::context {
 
@@ -32,6 +33,12 @@ platform::carto::Map& currentMapOrFail();
 /// its full path; error 91 when the host hands back nothing.
 std::shared_ptr<platform::geodatabase::FeatureClass> openFeatureClass(const std::string& className,
                                                                       const std::string& databasePath);
+/// The server table `tableName` of the context's region database, opened through its
+/// GisDataService; error 91 when the host hands back nothing.
+std::shared_ptr<platform::geodatabase::Table> openServerTable(const std::string& tableName);
+/// The index of a field (1 or above) of a table; a field that is not there is an invalid
+/// argument naming it, as reading its value would be.
+int requireField(const platform::geodatabase::Table& table, const std::string& name);
 /// Throws automation error 91 naming what is missing.
 [[noreturn]] void throwObjectNotSet(const char* what);
 

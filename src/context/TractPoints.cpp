@@ -1,28 +1,13 @@
 #include "context/TractPoints.h"
 
+#include "context/ContextObjects.h"
 #include "context/EqUtilFunctions.h"
-#include "platform/automation/PlatformError.h"
-#include "platform/automation/ErrorNumbers.h"
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
 
 namespace brevant::context {
 
 namespace geodatabase = platform::geodatabase;
-
-namespace {
-int requireField(const geodatabase::Table& table, const std::string& name)
-{
-    const int index = table.findField(name);
-    if (index < 1) {
-        // What reading a value of an absent field gives: an invalid argument.
-        throw platform::automation::PlatformError(
-            platform::automation::ErrorNumber::InvalidArgument, "Brevant",
-            "field " + name + " is not in " + table.name());
-    }
-    return index;
-}
-} // namespace
 
 void appendTractPoints(const geodatabase::Table& serverTracts, geodatabase::FeatureClass& eqTract)
 {

@@ -42,13 +42,7 @@ std::string generalNumber(double value)
 void EqPolyGon::CreateTractHFT()
 {
     context::runTrapped(" CreateTractHFT", Procedure, [this] {
-        const auto& ctx = context::studyRegionContext();
-        const auto tracts = context::contextGisDataService()
-                                .OpenServerTable(ctx.RegionDatabaseName, "hztract")
-                                .objectAs<geodatabase::Table>();
-        if (!tracts) {
-            context::throwObjectNotSet("server table hztract");
-        }
+        const auto tracts = context::openServerTable("hztract");
         WriteTractBna();
         context::appendTractPoints(*tracts, *openRegionClass("eqTract"));
     });
