@@ -139,5 +139,50 @@ TEST_F(GeoprocessingCommands, FailedOverlayKeepsTheEarlierResult)
     EXPECT_NE(m_out.str().find("intersect: 2 features"), std::string::npos) << m_out.str();
 }
 
+TEST_F(GeoprocessingCommands, InputsInAnotherCoordinateSystemAreMovedIntoTheFirsts)
+{
+    // A site in each square and a zone over square A, in web mercator metres; a copy of the
+    // zone without any coordinate system.
+    {
+        Workspace web = Workspace::createGeoPackage(path("web.gpkg"));
+        const auto mercator = platform::geometry::SpatialReference::fromEpsg(3857);
+        const Fields fields({{"type", FieldType::String, 8, {}}});
+        auto sites = web.createFeatureClass("sites", fields, ShapeType::Point, mercator);
+        add(*sites, "", "POINT (556597.454 557305.257)");
+        add(*sites, "", "POINT (2782987.270 557305.257)");
+        const std::string zone = "POLYGON ((-111319.49 -111325.14, 1224514.40 -111325.14, "
+                                 "1224514.40 1232106.80, -111319.49 1232106.80, "
+                                 "-111319.49 -111325.14))";
+        add(*web.createFeatureClass("zone", fields, ShapeType::Polygon, mercator), "Z", zone);
+        add(*web.createFeatureClass("nowhere", fields, ShapeType::Polygon,
+                                    platform::geometry::SpatialReference()),
+            "Z", zone);
+    }
+    const std::string hazard = path("data.gpkg") + ":hazard";
+    ASSERT_EQ(run(runTransfer, {"transfer", "--target", path("web.gpkg") + ":sites", "--source",
+                                hazard, "--field", "type"}),
+              0)
+        << m_err.str();
+    EXPECT_EQ(values("web.gpkg", "sites"), (std::vector<std::string>{"A", "B"}));
+
+    ASSERT_EQ(run(runClip, {"clip", "--input", hazard, "--clip", path("web.gpkg") + ":zone",
+                            "--output", path("out.gpkg") + ":clipped"}),
+              0)
+        << m_err.str();
+    EXPECT_EQ(values("out.gpkg", "clipped"), (std::vector<std::string>{"A"}));
+    ASSERT_EQ(run(runIntersect, {"intersect", "--input", hazard, "--with",
+                                 path("web.gpkg") + ":zone", "--output", path("out.gpkg") + ":pieces"}),
+              0)
+        << m_err.str();
+    EXPECT_EQ(values("out.gpkg", "pieces"), (std::vector<std::string>{"A"}));
+
+    EXPECT_EQ(run(runClip, {"clip", "--input", hazard, "--clip", path("web.gpkg") + ":nowhere",
+                            "--output", path("out.gpkg") + ":clipped"}),
+              1);
+    EXPECT_NE(m_err.str().find("nowhere (no coordinate system)"), std::string::npos) << m_err.str();
+    EXPECT_NE(m_err.str().find("GCS_North_American_1983"), std::string::npos) << m_err.str();
+    EXPECT_EQ(values("out.gpkg", "clipped"), (std::vector<std::string>{"A"})) << "kept";
+}
+
 } // namespace
 } // namespace brevant::app

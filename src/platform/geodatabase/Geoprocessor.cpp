@@ -5,6 +5,7 @@
 #include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
+#include "platform/geodatabase/Reprojector.h"
 #include "platform/geometry/FeatureIndex.h"
 #include "platform/geometry/PreparedGeometry.h"
 
@@ -109,13 +110,14 @@ std::shared_ptr<FeatureClass> Geoprocessor::Clip(const FeatureClass& input,
                                                  const Progress& progress)
 {
     requirePolygons(clip, "clip");
+    const auto reproject = overlayReprojector(input, clip);
     std::vector<Geometry> clipShapes;
     {
         Cursor cursor = clip.search();
         Row row;
         while (cursor.next(row)) {
             if (!row.shape().isEmpty()) {
-                clipShapes.push_back(row.shape());
+                clipShapes.push_back(reproject->apply(row.shape()));
             }
         }
     }
@@ -168,13 +170,14 @@ std::shared_ptr<FeatureClass> Geoprocessor::Intersect(const FeatureClass& input,
                                                       const OutputDescription& output,
                                                       const Progress& progress)
 {
+    const auto reproject = overlayReprojector(input, with);
     std::vector<Geometry> withShapes;
     std::vector<Row> withRows;
     {
         Cursor cursor = with.search();
         Row row;
         while (cursor.next(row)) {
-            withShapes.push_back(row.shape());
+            withShapes.push_back(reproject->apply(row.shape()));
             withRows.push_back(row);
         }
     }

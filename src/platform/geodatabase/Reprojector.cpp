@@ -1,5 +1,8 @@
 #include "platform/geodatabase/Reprojector.h"
 
+#include "platform/automation/ErrorNumbers.h"
+#include "platform/automation/PlatformError.h"
+#include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/GdalSupport.h"
 
 #include <ogr_spatialref.h>
@@ -61,6 +64,25 @@ geometry::Geometry Reprojector::apply(const geometry::Geometry& shape) const
         errors.fail("cannot transform a shape " + m_impl->description);
     }
     return gdal::toGeometry(moved.get());
+}
+
+std::unique_ptr<Reprojector> overlayReprojector(const FeatureClass& base, const FeatureClass& other)
+{
+    const auto& to = base.spatialReference();
+    const auto& from = other.spatialReference();
+    if (to.isUnknown() != from.isUnknown()) {
+        const auto describe = [](const FeatureClass& c) {
+            return c.name() + " (" +
+                   (c.spatialReference().isUnknown() ? std::string("no coordinate system")
+                                                     : c.spatialReference().name()) +
+                   ")";
+        };
+        throw automation::PlatformError(
+            automation::ErrorNumber::GdalBase + 100, "Geoprocessor",
+            "cannot overlay " + describe(other) + " on " + describe(base) +
+                ": give both the coordinate system they are in");
+    }
+    return std::make_unique<Reprojector>(from, to);
 }
 
 } // namespace brevant::platform::geodatabase

@@ -28,4 +28,12 @@ private:
     std::unique_ptr<Impl> m_impl;
 };
 
+class FeatureClass;
+
+/// What an overlay of `other` on `base` does with `other`'s shapes: moves them into `base`'s
+/// coordinate system when the two differ. When one system is known and the other is not, the
+/// overlay would silently pair places that do not meet: that is an error naming both.
+std::unique_ptr<Reprojector> overlayReprojector(const FeatureClass& base,
+                                                const FeatureClass& other);
+
 } // namespace brevant::platform::geodatabase

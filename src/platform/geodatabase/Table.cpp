@@ -7,6 +7,8 @@
 #include "platform/geodatabase/CursorState.h"
 #include "platform/geodatabase/StorageData.h"
 
+#include <string_view>
+
 namespace brevant::platform::geodatabase {
 
 using automation::PlatformError;
@@ -46,7 +48,14 @@ void TableData::loadFields()
         const OGRGeomFieldDefn* geometryField = definition->GetGeomFieldDefn(0);
         shapeFieldName = *geometryField->GetNameRef() ? geometryField->GetNameRef() : "Shape";
         shapeType = shapeTypeOf(geometryField->GetType());
-        if (const OGRSpatialReference* srs = geometryField->GetSpatialRef()) {
+        const OGRSpatialReference* srs = geometryField->GetSpatialRef();
+        // A GeoPackage names a class made without a system "Undefined geographic SRS" (or
+        // "Undefined Cartesian SRS"); it is as unknown as a shapefile without its .prj.
+        const char* srsName = srs ? srs->GetName() : nullptr;
+        if (srsName && std::string_view(srsName).rfind("Undefined ", 0) == 0) {
+            srs = nullptr;
+        }
+        if (srs) {
             char* wkt = nullptr;
             srs->exportToWkt(&wkt);
             spatialReference = geometry::SpatialReference::fromWkt(wkt);

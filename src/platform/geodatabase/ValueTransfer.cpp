@@ -2,6 +2,7 @@
 
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
+#include "platform/geodatabase/Reprojector.h"
 #include "platform/geometry/Envelope.h"
 #include "platform/geometry/FeatureIndex.h"
 
@@ -16,16 +17,21 @@ TransferCounts transferValues(FeatureClass& target, const FeatureClass& source, 
     // The index covers the target's extent: a source shape whose envelope lies wholly outside
     // it is no candidate, not even as the nearest one.
     const geometry::Envelope extent = target.extent();
+    const auto reproject = overlayReprojector(target, source);
     std::vector<geometry::Geometry> shapes;
     std::vector<automation::Variant> values;
     {
         Cursor cursor = source.search();
         Row row;
         while (cursor.next(row)) {
-            if (row.shape().isNull() || !row.shape().envelope().intersects(extent)) {
+            if (row.shape().isNull()) {
                 continue;
             }
-            shapes.push_back(row.shape());
+            geometry::Geometry shape = reproject->apply(row.shape());
+            if (!shape.envelope().intersects(extent)) {
+                continue;
+            }
+            shapes.push_back(std::move(shape));
             values.push_back(row.value(sourceField));
         }
     }
