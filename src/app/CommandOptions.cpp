@@ -83,7 +83,12 @@ SourceName splitSource(const std::string& text)
 std::shared_ptr<platform::geodatabase::FeatureClass> openSource(const SourceName& source,
                                                                 bool writable)
 {
-    Workspace workspace = Workspace::open(source.path, !writable);
+    return openSourceIn(Workspace::open(source.path, !writable), source);
+}
+
+std::shared_ptr<platform::geodatabase::FeatureClass> openSourceIn(const Workspace& workspace,
+                                                                  const SourceName& source)
+{
     std::string layer = source.layer;
     if (layer.empty()) {
         const auto names = workspace.datasetNames();

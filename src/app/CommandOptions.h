@@ -57,6 +57,9 @@ SourceName splitSource(const std::string& text);
 /// Opens a source's layer; a source of several layers must name one (UsageError).
 std::shared_ptr<platform::geodatabase::FeatureClass> openSource(const SourceName& source,
                                                                 bool writable);
+/// The same, in a workspace already open on the source's file.
+std::shared_ptr<platform::geodatabase::FeatureClass>
+openSourceIn(const platform::geodatabase::Workspace& workspace, const SourceName& source);
 
 /// Progress on `err`: a bar redrawn in place on a terminal, a line per quarter in a log.
 std::function<void(int64_t done, int64_t total)> progressBar(std::ostream& err,

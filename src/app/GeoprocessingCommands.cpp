@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 #include <ostream>
 
 namespace brevant::app {
@@ -47,19 +48,33 @@ namespace {
 // complete, so a failure leaves an earlier result of that name as it was.
 constexpr const char* kScratchSuffix = "_brevant_partial";
 
-platform::geodatabase::OutputDescription outputOf(const std::string& text)
+/// GPKG:LAYER of --output.
+std::pair<fs::path, std::string> splitOutput(const std::string& text)
 {
     const auto colon = text.rfind(':');
     if (colon == std::string::npos || colon == 0 || colon + 1 == text.size()) {
         throw UsageError("--output needs GPKG:LAYER, not " + text);
     }
-    const fs::path path = text.substr(0, colon);
-    const std::string layer = text.substr(colon + 1);
+    return {text.substr(0, colon), text.substr(colon + 1)};
+}
+
+bool sameFile(const fs::path& a, const fs::path& b)
+{
     std::error_code ec;
-    Workspace workspace = fs::exists(path, ec) ? Workspace::open(path)
-                                               : Workspace::createGeoPackage(path);
-    workspace.deleteDataset(layer + kScratchSuffix);
-    return {workspace, layer + kScratchSuffix, "Shape"};
+    return fs::exists(a, ec) && fs::exists(b, ec) && fs::equivalent(a, b, ec);
+}
+
+/// The scratch output of LAYER in `workspace`, or in the GeoPackage at `path` (created when
+/// missing).
+platform::geodatabase::OutputDescription outputOf(const fs::path& path, const std::string& layer,
+                                                  std::optional<Workspace> workspace)
+{
+    std::error_code ec;
+    if (!workspace) {
+        workspace = fs::exists(path, ec) ? Workspace::open(path) : Workspace::createGeoPackage(path);
+    }
+    workspace->deleteDataset(layer + kScratchSuffix);
+    return {*workspace, layer + kScratchSuffix, "Shape"};
 }
 
 /// Gives the finished scratch result its requested name.
@@ -116,9 +131,22 @@ int runOverlay(const std::vector<std::string>& args, const char* usage, const ch
         const Options options = parseOptions(args, 1, {"input", second, "output"}, {});
         options.expectPositional(0, "");
         const auto start = std::chrono::steady_clock::now();
-        auto input = openSource(splitSource(options.required("input")), false);
-        auto other = openSource(splitSource(options.required(second)), false);
-        const auto output = outputOf(options.required("output"));
+        const SourceName inputName = splitSource(options.required("input"));
+        const SourceName otherName = splitSource(options.required(second));
+        const auto [outputPath, outputLayer] = splitOutput(options.required("output"));
+        // Readers and the writer of one file share one connection: a writer of its own would
+        // wait at its first commit for the readers' lock, held by this same thread.
+        std::optional<Workspace> shared;
+        if (sameFile(inputName.path, outputPath) || sameFile(otherName.path, outputPath)) {
+            shared = Workspace::open(outputPath);
+        }
+        const auto open = [&](const SourceName& name) {
+            return shared && sameFile(name.path, outputPath) ? openSourceIn(*shared, name)
+                                                             : openSource(name, false);
+        };
+        auto input = open(inputName);
+        auto other = open(otherName);
+        const auto output = outputOf(outputPath, outputLayer, shared);
         int64_t count = 0;
         try {
             count = overlay(*input, *other, output, progressBar(err, command))->rowCount();

@@ -139,6 +139,33 @@ TEST_F(GeoprocessingCommands, FailedOverlayKeepsTheEarlierResult)
     EXPECT_NE(m_out.str().find("intersect: 2 features"), std::string::npos) << m_out.str();
 }
 
+TEST_F(GeoprocessingCommands, AResultLargerThanOneBatchGoesIntoTheFileItIsReadFrom)
+{
+    {
+        Workspace data = Workspace::open(path("data.gpkg"));
+        auto many = data.createFeatureClass(
+            "many", Fields({{"type", FieldType::String, 8, {}}}), ShapeType::Point);
+        InsertCursor insert = many->insert();
+        for (int i = 0; i < 51000; ++i) {
+            Row row = many->createRow();
+            row.setShape(Geometry::point({(i % 200) * 0.05, (i / 200) * 0.039}));
+            insert.insertRow(row);
+        }
+    }
+    const std::string data = path("data.gpkg");
+    ASSERT_EQ(run(runClip, {"clip", "--input", data + ":many", "--clip", data + ":hazard",
+                            "--output", data + ":clipped"}),
+              0)
+        << m_err.str();
+    EXPECT_EQ(Workspace::open(data, true).openFeatureClass("clipped")->rowCount(), 51000);
+    ASSERT_EQ(run(runIntersect, {"intersect", "--input", data + ":hazard", "--with",
+                                 data + ":hazard", "--output", data + ":hazard"}),
+              0)
+        << m_err.str();
+    EXPECT_EQ(values("data.gpkg", "hazard"), (std::vector<std::string>{"A", "B"}))
+        << "the class met itself and took its own place";
+}
+
 TEST_F(GeoprocessingCommands, InputsInAnotherCoordinateSystemAreMovedIntoTheFirsts)
 {
     // A site in each square and a zone over square A, in web mercator metres; a copy of the
