@@ -47,7 +47,7 @@ constexpr const char* kCallUsage = R"(Usage: brevant call --host DIR PROGID MEMB
 Creates an object of the class PROGID (for example Brevant.EqPolyGon) on the reference host
 rooted at DIR, calls MEMBER (a method, or a property to read) and prints one JSON line:
   {"ok": true, "result": ..., "byref": [...], "messages": [...]}
-  {"ok": false, "error": {"number", "hex", "source", "description"}, "messages": [...]}
+  {"ok": false, "error": {"number", "hex", "source", "description", "cause"}, "messages": [...]}
 
 Each ARG is read as JSON when it parses ({"i2": 5}, true, 1.5, {"collection": ["SOIL"]}),
 otherwise taken as a string. Exit status: 0 when the call succeeded, 1 when it failed.

@@ -1,6 +1,7 @@
 #include "app/ScriptRunner.h"
 
 #include "app/JsonVariant.h"
+#include "context/EqErrorhandle.h"
 #include "platform/automation/AutomationError.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/MemberTable.h"
@@ -76,14 +77,20 @@ ScriptRunner::ScriptRunner(const platform::automation::ClassRegistry& classes,
 json ScriptRunner::execute(const json& statement)
 {
     json out;
+    context::clearRecordedCause();
     try {
         const json result = dispatch(statement);
         out = json{{"ok", true}};
         out.update(result);
     } catch (...) {
-        out = json{{"ok", false},
-                   {"error",
-                    errorJson(platform::automation::toAutomationError(std::current_exception()))}};
+        json error = errorJson(platform::automation::toAutomationError(std::current_exception()));
+        // The host sees "The map engine failed in X"; a user of the command line also wants
+        // what failed there, which the error log keeps.
+        if (const auto cause = context::firstRecordedCause()) {
+            error["cause"] = errorJson(AutomationError(cause->number, cause->source,
+                                                       cause->description));
+        }
+        out = json{{"ok", false}, {"error", error}};
     }
     json messages = json::array();
     for (const auto& message : m_prompts->takeMessages()) {

@@ -26,12 +26,33 @@ bool IsRecordedError(int32_t number)
            inOpenRange(value, 0x80030700u, 0x80030800u);
 }
 
+namespace {
+std::optional<RecordedCause>& recordedCause()
+{
+    static std::optional<RecordedCause> cause;
+    return cause;
+}
+} // namespace
+
+void clearRecordedCause()
+{
+    recordedCause().reset();
+}
+
+std::optional<RecordedCause> firstRecordedCause()
+{
+    return recordedCause();
+}
+
 void WriteErrorRecord(int32_t& errNumber, const std::string& errSource,
                       const std::string& errDescription, std::string& message, int32_t newCode)
 {
     if (IsRecordedError(errNumber)) {
         message = errDescription;
         return;
+    }
+    if (!recordedCause()) {
+        recordedCause() = RecordedCause{errNumber, errSource, errDescription};
     }
     try {
         auto& ctx = studyRegionContext();

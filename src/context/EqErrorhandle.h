@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace brevant::context {
@@ -16,6 +17,17 @@ namespace brevant::context {
 /// unchanged. Never throws.
 void WriteErrorRecord(int32_t& errNumber, const std::string& errSource,
                       const std::string& errDescription, std::string& message, int32_t newCode);
+
+/// The caught error of the first record WriteErrorRecord was asked to write since the last
+/// clearRecordedCause: the root cause of a failure that reached the host as a library code,
+/// for a host that shows it (the command line does).
+struct RecordedCause {
+    int32_t number = 0;
+    std::string source;
+    std::string description;
+};
+void clearRecordedCause();
+std::optional<RecordedCause> firstRecordedCause();
 
 /// True for numbers in the two already-recorded ranges.
 bool IsRecordedError(int32_t number);

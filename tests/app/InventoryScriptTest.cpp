@@ -162,6 +162,12 @@ TEST_F(InventoryScript, BadInputGivesTheMembersErrorAndLeavesTheInventory)
     }
     EXPECT_EQ(rows("ef.mdb", "hzSchool"), m_schoolsBefore);
     EXPECT_EQ(rows("trn.mdb", "hzHighwaySegment"), roadsBefore) << "points are no roads";
+    // The host's text names the member; the cause says what went wrong in it.
+    EXPECT_EQ(results[3].at("error").at("description"), "The map engine failed in ImportData");
+    EXPECT_NE(results[3].at("error").at("cause").at("description").get<std::string>().find(
+                  "missing.gpkg"),
+              std::string::npos)
+        << results[3].dump();
 }
 
 } // namespace
