@@ -136,7 +136,7 @@ bool installHost(const std::string& root, std::ostream& out)
                       {"source", error.source()},
                       {"description", error.description()}}},
                     {"messages", json::array()}}
-                   .dump()
+                   .dump(-1, ' ', false, json::error_handler_t::replace)
             << '\n';
         return false;
     }
@@ -168,7 +168,7 @@ int runCall(const std::vector<std::string>& args, std::ostream& out, std::ostrea
     const auto& progId = options->positional[0];
     json created = runner.execute(json{{"new", progId}, {"as", "object"}});
     if (!created.at("ok").get<bool>()) {
-        out << created.dump() << '\n';
+        out << created.dump(-1, ' ', false, json::error_handler_t::replace) << '\n';
         return 1;
     }
     json callArgs = json::array();
@@ -179,7 +179,7 @@ int runCall(const std::vector<std::string>& args, std::ostream& out, std::ostrea
     }
     const json result =
         runner.execute(json{{"call", "object." + options->positional[1]}, {"args", callArgs}});
-    out << result.dump() << '\n';
+    out << result.dump(-1, ' ', false, json::error_handler_t::replace) << '\n';
     return result.at("ok").get<bool>() ? 0 : 1;
 }
 

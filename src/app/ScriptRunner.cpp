@@ -124,7 +124,9 @@ int ScriptRunner::run(std::istream& in, std::ostream& out)
         if (!result.at("ok").get<bool>()) {
             ++failed;
         }
-        out << result.dump() << '\n' << std::flush;
+        // Text from the line or a file name may not be UTF-8: that line's output shows U+FFFD
+        // where it is not, and the other lines still run.
+        out << result.dump(-1, ' ', false, json::error_handler_t::replace) << '\n' << std::flush;
     }
     return failed;
 }

@@ -100,6 +100,24 @@ TEST_F(Script, ArgumentsAreTyped)
     }
 }
 
+TEST_F(Script, ALineThatIsNotUtf8IsThatLinesErrorAndTheOthersRun)
+{
+    ScriptRunner runner(m_classes, m_prompts);
+    std::istringstream in("{\"new\": \"Test.Probe\", \"as\": \"p\"}\n"
+                          "{\"call\": \"p.Kind\", \"args\": [\"\xff\xfe\"]}\n"
+                          "{\"call\": \"p.Kind\", \"args\": [1]}\n");
+    std::ostringstream out;
+    EXPECT_EQ(runner.run(in, out), 1);
+    std::istringstream lines(out.str());
+    std::vector<json> results;
+    for (std::string line; std::getline(lines, line);) {
+        results.push_back(json::parse(line));
+    }
+    ASSERT_EQ(results.size(), 3u);
+    EXPECT_FALSE(results[1].at("ok"));
+    EXPECT_TRUE(results[2].at("ok"));
+}
+
 TEST_F(Script, ErrorsCarryNumberHexSourceAndDescription)
 {
     ScriptRunner runner(m_classes, m_prompts);
