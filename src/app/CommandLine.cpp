@@ -7,6 +7,7 @@
 #include "app/ScriptRunner.h"
 #include "platform/ui/ConsolePrompts.h"
 #include "host/HostServices.h"
+#include "host/local/JsonFiles.h"
 #include "host/local/LocalHostServices.h"
 #include "platform/automation/AutomationError.h"
 
@@ -174,8 +175,14 @@ int runCall(const std::vector<std::string>& args, std::ostream& out, std::ostrea
     json callArgs = json::array();
     for (std::size_t i = 2; i < options->positional.size(); ++i) {
         const auto& text = options->positional[i];
-        json parsed = json::parse(text, nullptr, false);
-        callArgs.push_back(parsed.is_discarded() ? json(text) : parsed);
+        // An argument that is no JSON (or nests too deep to be read as JSON) is plain text.
+        json parsed;
+        try {
+            parsed = host::local::parseJson<json>(text);
+        } catch (const std::exception&) {
+            parsed = json(text);
+        }
+        callArgs.push_back(parsed);
     }
     const json result =
         runner.execute(json{{"call", "object." + options->positional[1]}, {"args", callArgs}});

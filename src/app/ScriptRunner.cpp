@@ -7,6 +7,7 @@
 #include "platform/automation/MemberTable.h"
 #include "app/CartoJson.h"
 #include "host/HostServices.h"
+#include "host/local/JsonFiles.h"
 #include "host/RegionContextService.h"
 #include "host/GisDataService.h"
 #include "platform/carto/FeatureLayer.h"
@@ -104,8 +105,8 @@ json ScriptRunner::executeLine(const std::string& line)
 {
     json statement;
     try {
-        statement = json::parse(line);
-    } catch (const json::exception& e) {
+        statement = host::local::parseJson<json>(line);
+    } catch (const std::exception& e) {
         return execute(json{{"invalid", std::string("not a JSON statement: ") + e.what()}});
     }
     return execute(statement);

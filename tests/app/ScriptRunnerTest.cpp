@@ -118,6 +118,18 @@ TEST_F(Script, ALineThatIsNotUtf8IsThatLinesErrorAndTheOthersRun)
     EXPECT_TRUE(results[2].at("ok"));
 }
 
+TEST_F(Script, ALineNestedTooDeeplyIsThatLinesError)
+{
+    ScriptRunner runner(m_classes, m_prompts);
+    const std::string deep = R"({"new": "Test.Probe", "as": )" + std::string(70000, '[') +
+                             std::string(70000, ']') + "}";
+    const json out = run(runner, deep);
+    EXPECT_FALSE(out.at("ok"));
+    EXPECT_NE(out.at("error").at("description").get<std::string>().find("deeper than 512"),
+              std::string::npos);
+    EXPECT_TRUE(run(runner, R"({"new": "Test.Probe", "as": "p"})").at("ok"));
+}
+
 TEST_F(Script, ErrorsCarryNumberHexSourceAndDescription)
 {
     ScriptRunner runner(m_classes, m_prompts);

@@ -15,8 +15,8 @@ nlohmann::ordered_json readJsonFile(const std::filesystem::path& file, const std
         hostError(HostError::MissingFile, "cannot read " + file.string() + ": " + missing);
     }
     try {
-        return nlohmann::ordered_json::parse(in);
-    } catch (const nlohmann::ordered_json::exception& e) {
+        return parseJson<nlohmann::ordered_json>(in);
+    } catch (const std::exception& e) {
         hostError(HostError::MalformedFile, file.string() + " is not valid JSON: " + e.what());
     }
 }

@@ -3,11 +3,31 @@
 #include <filesystem>
 #include <initializer_list>
 #include <optional>
+#include <stdexcept>
+#include <utility>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 
 namespace brevant::host::local {
+
+/// How deep JSON may nest wherever the host or the command line reads it: far beyond any real
+/// document, and far below what the reader's stack takes.
+inline constexpr int kMaxJsonDepth = 512;
+
+/// Parses JSON text, failing with std::length_error for nesting deeper than kMaxJsonDepth and
+/// with nlohmann's exceptions for anything else it cannot read.
+template <class Json, class Input> Json parseJson(Input&& input)
+{
+    return Json::parse(std::forward<Input>(input),
+                       [](int depth, typename Json::parse_event_t, Json&) {
+                           if (depth > kMaxJsonDepth) {
+                               throw std::length_error("JSON nested deeper than " +
+                                                       std::to_string(kMaxJsonDepth) + " levels");
+                           }
+                           return true;
+                       });
+}
 
 /// Reads a JSON file of the host root. A file that cannot be read is a MissingFile host error
 /// "cannot read FILE: <missing>"; one that does not parse a MalformedFile error naming it.

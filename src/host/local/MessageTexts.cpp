@@ -1,6 +1,7 @@
 #include "host/local/MessageTexts.h"
 
 #include "host/local/HostErrors.h"
+#include "host/local/JsonFiles.h"
 #include "platform/automation/AutomationError.h"
 #include "platform/automation/CaseInsensitive.h"
 #include "platform/automation/ErrorNumbers.h"
@@ -45,8 +46,8 @@ std::string MessageTexts::lookup(const std::filesystem::path& file, int32_t code
     }
     nlohmann::ordered_json doc;
     try {
-        doc = nlohmann::ordered_json::parse(in);
-    } catch (const nlohmann::ordered_json::exception& e) {
+        doc = parseJson<nlohmann::ordered_json>(in);
+    } catch (const std::exception& e) {
         hostError(HostError::MalformedFile, file.string() + " is not valid JSON: " + e.what());
     }
     const std::string wanted = hexNumber(code);
