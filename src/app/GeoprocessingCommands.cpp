@@ -1,6 +1,7 @@
 #include "app/GeoprocessingCommands.h"
 
 #include "app/CommandOptions.h"
+#include "platform/automation/CaseInsensitive.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/Geoprocessor.h"
 #include "platform/geodatabase/ValueTransfer.h"
@@ -55,7 +56,13 @@ std::pair<fs::path, std::string> splitOutput(const std::string& text)
     if (colon == std::string::npos || colon == 0 || colon + 1 == text.size()) {
         throw UsageError("--output needs GPKG:LAYER, not " + text);
     }
-    return {text.substr(0, colon), text.substr(colon + 1)};
+    const fs::path path = text.substr(0, colon);
+    // The output is always a GeoPackage; one named like a shapefile would only mislead.
+    if (platform::automation::equalsIgnoreCase(path.extension().string(), ".shp")) {
+        throw UsageError("--output writes a GeoPackage, and " + path.string() +
+                         " names a shapefile; give a .gpkg path");
+    }
+    return {path, text.substr(colon + 1)};
 }
 
 bool sameFile(const fs::path& a, const fs::path& b)
@@ -146,6 +153,8 @@ int runOverlay(const std::vector<std::string>& args, const char* usage, const ch
         };
         auto input = open(inputName);
         auto other = open(otherName);
+        std::error_code ec;
+        const bool newFile = !fs::exists(outputPath, ec);
         const auto output = outputOf(outputPath, outputLayer, shared);
         int64_t count = 0;
         try {
@@ -156,6 +165,10 @@ int runOverlay(const std::vector<std::string>& args, const char* usage, const ch
                 scratch.deleteDataset(output.name);
             } catch (...) {
                 // The overlay's own error is the one to report.
+            }
+            // A failed run leaves no empty GeoPackage behind where there was no file.
+            if (newFile) {
+                fs::remove(outputPath, ec);
             }
             throw;
         }

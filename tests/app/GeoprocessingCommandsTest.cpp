@@ -137,6 +137,17 @@ TEST_F(GeoprocessingCommands, FailedOverlayKeepsTheEarlierResult)
               0)
         << m_err.str();
     EXPECT_NE(m_out.str().find("intersect: 2 features"), std::string::npos) << m_out.str();
+
+    // A failure into a new file leaves no file; a shapefile name is refused before anything.
+    EXPECT_EQ(run(runClip, {"clip", "--input", path("data.gpkg") + ":hazard", "--clip",
+                            path("data.gpkg") + ":sites", "--output", path("new.gpkg") + ":x"}),
+              1);
+    EXPECT_FALSE(std::filesystem::exists(path("new.gpkg")));
+    EXPECT_EQ(run(runClip, {"clip", "--input", path("data.gpkg") + ":sites", "--clip",
+                            path("data.gpkg") + ":hazard", "--output", path("out.shp") + ":x"}),
+              2);
+    EXPECT_NE(m_err.str().find("names a shapefile"), std::string::npos) << m_err.str();
+    EXPECT_FALSE(std::filesystem::exists(path("out.shp")));
 }
 
 TEST_F(GeoprocessingCommands, AResultLargerThanOneBatchGoesIntoTheFileItIsReadFrom)
