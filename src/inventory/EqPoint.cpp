@@ -51,16 +51,18 @@ std::shared_ptr<geodatabase::FeatureClass> classOf(const Variant& value)
     return featureClass;
 }
 
-int requireField(const geodatabase::FeatureClass& featureClass, std::string_view name)
-{
-    const int index = featureClass.findField(name);
-    if (index < 0) {
-        throw platform::automation::AutomationError(
-            platform::automation::ErrorNumber::InvalidArgument, "Brevant",
-            "the class " + featureClass.name() + " has no field " + std::string(name));
-    }
-    return index;
-}
+/// Sets a per-object flag for the rest of a call, whatever way the call ends.
+template <class T> class Scoped {
+public:
+    Scoped(T& flag, T value, T cleared) : m_flag(flag), m_cleared(cleared) { m_flag = value; }
+    ~Scoped() { m_flag = m_cleared; }
+    Scoped(const Scoped&) = delete;
+    Scoped& operator=(const Scoped&) = delete;
+
+private:
+    T& m_flag;
+    T m_cleared;
+};
 
 /// The identifiers of UpdateMovedObjects: a collection as the host passes it, or an array.
 std::vector<std::string> identifiersOf(const Variant& ids)
@@ -152,17 +154,13 @@ void EqPoint::ImportData(const std::string& HzTableName, const std::string& Sour
         const auto inventory = openCataloguedClass(HzTableName);
         AddFieldsToImportData(*scratch, *inventory);
 
-        m_importIdField = scratch->findField(inventory->fields().field(kIdentifierField).name);
-        m_importing = true;
-        try {
+        {
+            const Scoped<int> idField(
+                m_importIdField,
+                scratch->findField(inventory->fields().field(kIdentifierField).name), -1);
+            const Scoped<bool> importing(m_importing, true, false);
             SynchronizeMap(*scratch, "", false, true, false, true);
-        } catch (...) {
-            m_importing = false;
-            m_importIdField = -1;
-            throw;
         }
-        m_importing = false;
-        m_importIdField = -1;
         data.CopyFeatures(Variant(scratch), Variant(inventory), "");
     });
 }
@@ -207,14 +205,8 @@ void EqPoint::SyncronizePointMapUsingDBName(const std::string& sPointTable,
 {
     context::runTrapped(" SyncronizePointMapUsingDBName", Procedure, [&] {
         const auto points = openClass(sPointTable, MDBNameWithPath);
-        m_reportAddedRecord = true;
-        try {
-            SynchronizeMap(*points, std::string(kPendingClause), true, true, false, true);
-        } catch (...) {
-            m_reportAddedRecord = false;
-            throw;
-        }
-        m_reportAddedRecord = false;
+        const Scoped<bool> reporting(m_reportAddedRecord, true, false);
+        SynchronizeMap(*points, std::string(kPendingClause), true, true, false, true);
     });
 }
 
@@ -260,9 +252,9 @@ void EqPoint::SynchronizeMap(geodatabase::FeatureClass& featureClass,
 {
     context::runTrapped(" SynchronizeMap", Procedure, [&] {
         const TractLookup tracts(*regionMap(1));
-        const int tractField = requireField(featureClass, "Tract");
-        const int latitudeField = requireField(featureClass, "Latitude");
-        const int longitudeField = requireField(featureClass, "Longitude");
+        const int tractField = context::requireField(featureClass, "Tract");
+        const int latitudeField = context::requireField(featureClass, "Latitude");
+        const int longitudeField = context::requireField(featureClass, "Longitude");
         const std::string tableName = featureClass.aliasName();
         const auto utility = host::hostServices().createGisUtilityService();
         const int idField = m_importing ? m_importIdField : kIdentifierField;

@@ -159,9 +159,7 @@ std::vector<Feature> readFeatures(const InventoryRequest& request, char kind, in
 /// "HB000001": the class's first two suffix letters and a running number.
 void generateIdentifiers(std::vector<Feature>& features, const std::string& className)
 {
-    std::string prefix = inventorySuffix(className).substr(0, 2);
-    std::transform(prefix.begin(), prefix.end(), prefix.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    const std::string prefix = identifierPrefix(className);
     const std::size_t digits = std::max<std::size_t>(6, std::to_string(features.size()).size());
     for (std::size_t i = 0; i < features.size(); ++i) {
         std::string number = std::to_string(i + 1);

@@ -306,16 +306,6 @@ private:
     std::vector<std::string> m_columns;
 };
 
-/// "SC" for hzSchool: the identifier prefix of an inventory class, as the inventory builder
-/// writes it.
-std::string identifierPrefix(const std::string& tableName)
-{
-    std::string prefix = inventorySuffix(tableName).substr(0, 2);
-    std::transform(prefix.begin(), prefix.end(), prefix.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return prefix;
-}
-
 /// The highest number N of the identifiers prefix + N (digits only) in a column; 0 when none.
 int64_t highestIdentifier(SqliteDatabase& db, const std::string& table, const std::string& column,
                           const std::string& prefix)

@@ -381,6 +381,14 @@ std::string inventorySuffix(std::string_view name)
     return std::string(name.substr(2));
 }
 
+std::string identifierPrefix(std::string_view name)
+{
+    std::string prefix = inventorySuffix(name).substr(0, 2);
+    std::transform(prefix.begin(), prefix.end(), prefix.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return prefix;
+}
+
 std::string identifierFieldName(std::string_view name)
 {
     return inventorySuffix(name) + "Id";

@@ -81,6 +81,9 @@ const std::vector<InventoryClass>& inventoryClasses();
 /// An inventory class's name without its two-letter prefix ("HighwayBridge"). Throws a host
 /// error for a name of two characters or fewer.
 std::string inventorySuffix(std::string_view name);
+/// The prefix of the identifiers the host gives a class's records: the first two letters of
+/// its suffix in upper case ("HI" for hzHighwayBridge).
+std::string identifierPrefix(std::string_view name);
 /// Name of the identifier field of an inventory class: suffix + "Id" ("HighwayBridgeId").
 std::string identifierFieldName(std::string_view name);
 /// Name of a line class's hazard table: "Eq" + suffix + "hft".
