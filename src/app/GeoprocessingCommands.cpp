@@ -89,8 +89,7 @@ std::string publish(const platform::geodatabase::OutputDescription& output)
 {
     Workspace workspace = output.workspace;
     const std::string layer = output.name.substr(0, output.name.size() - std::strlen(kScratchSuffix));
-    workspace.deleteDataset(layer);
-    workspace.renameDataset(output.name, layer);
+    workspace.replaceDataset(output.name, layer);
     return layer;
 }
 

@@ -42,6 +42,10 @@ struct WorkspaceData {
     bool commit() noexcept;
     /// Drops what is pending where the format has transactions; never throws.
     void rollback() noexcept;
+    /// Opens the database again and points the open tables at its layers (null for those no
+    /// longer stored): after a rolled-back schema change GDAL's own layer list is not to be
+    /// trusted.
+    void reopen();
     /// "table X in /path/db.mdb", for messages.
     std::string describe(const std::string& table) const;
     /// Finds an open layer by name (case-insensitive), or null.

@@ -154,6 +154,16 @@ void WorkspaceData::rollback() noexcept
     }
 }
 
+void WorkspaceData::reopen()
+{
+    dataset = std::move(openDataset(path, kind, readOnly)->dataset);
+    for (auto& weak : tables) {
+        if (auto table = weak.lock()) {
+            table->layer = layer(table->name);
+        }
+    }
+}
+
 sqlite3* WorkspaceData::sqliteHandle() const
 {
     if (kind != Workspace::Kind::GeoPackage && kind != Workspace::Kind::SQLite) {
@@ -405,6 +415,69 @@ void Workspace::renameDataset(const std::string& from, const std::string& to)
     for (auto& weak : m_data->tables) {
         if (auto table = weak.lock(); table && table->layer == layer) {
             table->name = to;
+        }
+    }
+}
+
+void Workspace::replaceDataset(const std::string& replacement, const std::string& target)
+{
+    OGRLayer* incoming = m_data->layer(replacement);
+    if (!incoming) {
+        fail(CPLE_OpenFailed,
+             "cannot replace " + target + " by " + m_data->describe(replacement) + ": no such table");
+    }
+    if (automation::equalsIgnoreCase(replacement, target)) {
+        return;
+    }
+    if (m_data->readOnly) {
+        fail(CPLE_NotSupported, "cannot replace " + m_data->describe(target) +
+                                    ": the workspace is read-only");
+    }
+    if (!m_data->dataset->TestCapability(ODsCTransactions)) {
+        deleteDataset(target);
+        renameDataset(replacement, target);
+        return;
+    }
+    if (!m_data->commit()) {
+        fail(CPLE_FileIO, "cannot commit changes to " + m_data->describe(target));
+    }
+    gdal::ErrorScope errors;
+    const auto refuse = [&](const std::string& step) {
+        fail(CPLE_FileIO, "cannot replace " + m_data->describe(target) + " by " + replacement +
+                              ": " + step +
+                              (errors.lastMessage().empty() ? "" : ": " + errors.lastMessage()));
+    };
+    if (m_data->dataset->StartTransaction() != OGRERR_NONE) {
+        refuse("no transaction");
+    }
+    OGRLayer* outgoing = m_data->layer(target);
+    std::string failedStep;
+    for (int i = 0; outgoing && i < m_data->dataset->GetLayerCount(); ++i) {
+        if (m_data->dataset->GetLayer(i) == outgoing) {
+            if (m_data->dataset->DeleteLayer(i) != OGRERR_NONE) {
+                failedStep = "the old table cannot be deleted";
+            }
+            break;
+        }
+    }
+    if (failedStep.empty() && incoming->Rename(target.c_str()) != OGRERR_NONE) {
+        failedStep = "the rename failed";
+    }
+    if (failedStep.empty() && m_data->dataset->CommitTransaction() != OGRERR_NONE) {
+        failedStep = "the commit failed";
+    }
+    if (!failedStep.empty()) {
+        m_data->dataset->RollbackTransaction();
+        m_data->reopen();
+        refuse(failedStep);
+    }
+    for (auto& weak : m_data->tables) {
+        if (auto table = weak.lock()) {
+            if (outgoing && table->layer == outgoing) {
+                table->layer = nullptr;
+            } else if (table->layer == incoming) {
+                table->name = target;
+            }
         }
     }
 }

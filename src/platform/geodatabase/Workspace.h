@@ -68,6 +68,13 @@ public:
     /// Renames a table or feature class; throws when `to` is taken or the storage cannot.
     void renameDataset(const std::string& from, const std::string& to);
 
+    /// Gives `replacement` the name `target`, deleting what had that name (if anything). On a
+    /// GeoPackage or SQLite database both steps are one transaction: a failure, or the process
+    /// ending half-way, leaves both as they were. Cursors of this workspace must be released
+    /// first; handles of `target` then report it deleted. Throws when `replacement` is missing
+    /// or the storage refuses.
+    void replaceDataset(const std::string& replacement, const std::string& target);
+
     /// For the storage code: a handle on already-open workspace state.
     static Workspace fromData(std::shared_ptr<WorkspaceData> data) { return Workspace(data); }
 
