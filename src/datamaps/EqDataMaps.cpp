@@ -10,6 +10,7 @@
 #include "host/ProgressDialog.h"
 #include "host/UserMapRegistry.h"
 #include "platform/automation/ErrorNumbers.h"
+#include "platform/geodatabase/DatasetReplacement.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/Geoprocessor.h"
 #include "platform/geodatabase/Workspace.h"
@@ -74,16 +75,48 @@ void showFailureMessage()
                                            platform::ui::MessageButtons::Ok);
 }
 
-/// Replaces `name` in the database at `databasePath` with an empty class of the template's
-/// fields. The failed geoprocessing step may have left the class behind, so it goes first.
-EqDataMaps::FeatureClassPtr recreateFromTemplate(const geodatabase::FeatureClass& templateClass,
-                                                 const std::string& databasePath,
-                                                 const std::string& name)
+/// The class `name` of the database at `databasePath`, made empty from the template in
+/// `templatePath` when the region lacks it (then `created` is set): a run cut short elsewhere
+/// may have lost it, and without it no later run could clip the map again.
+EqDataMaps::FeatureClassPtr targetClass(const std::string& name, const std::string& databasePath,
+                                        const std::string& templatePath, bool* created = nullptr)
 {
     geodatabase::Workspace workspace = geodatabase::Workspace::open(databasePath);
-    workspace.deleteDataset(name);
-    return workspace.createFeatureClass(name, templateClass.fields(), templateClass.shapeType(),
-                                        templateClass.spatialReference(), "Shape");
+    if (created) {
+        *created = !workspace.exists(name);
+    }
+    if (workspace.exists(name)) {
+        return workspace.openFeatureClass(name);
+    }
+    const EqDataMaps::FeatureClassPtr templateClass = openClass(name, templatePath);
+    return workspace.createFeatureClass(name, templateClass->fields(), templateClass->shapeType(),
+                                        templateClass->spatialReference(), "Shape");
+}
+
+/// The target of a map without content, made from the template when missing.
+void emptyTarget(const std::string& name, const std::string& databasePath,
+                 const std::string& templatePath)
+{
+    bool created = false;
+    const auto target = targetClass(name, databasePath, templatePath, &created);
+    if (!created) {
+        target->deleteSearchedRows();
+    }
+}
+
+/// Runs `fill` on a new content of `target` made with the fields of `schema` and puts it in
+/// place of the old only when `fill` returns true; otherwise, or on an error, the old rows stay.
+template <class Fill>
+bool replaceContent(EqDataMaps::FeatureClassPtr& target, const geodatabase::FeatureClass& schema,
+                    Fill&& fill)
+{
+    geodatabase::DatasetReplacement replacement(target->workspace(), target->name(), schema);
+    if (!fill(replacement)) {
+        return false;
+    }
+    target.reset();
+    replacement.publish();
+    return true;
 }
 
 } // namespace
@@ -257,10 +290,7 @@ bool EqDataMaps::clipSiteMap(const SiteMapStep& step, const FeatureClassPtr& bou
         const UserMap map = userMapOf(*registry, step.code);
         if (!map.present()) {
             // No map of the user's: consumers fall back on the region's defaults.
-            const FeatureClassPtr target = openClass(step.target, m_boundaryPath);
-            if (target->rowCount() > 0) {
-                target->deleteSearchedRows();
-            }
+            emptyTarget(step.target, m_boundaryPath, region().SystemDataFolder + "RegionBndry.mdb");
         } else if (!ClipDataMap(map.open(), *boundary, m_boundaryPath, step.target,
                                 region().SystemDataFolder, "Type", step.defaultValue,
                                 step.invalidWhere)) {
@@ -280,35 +310,40 @@ bool EqDataMaps::ClipDataMap(const FeatureClassPtr& source, const geodatabase::F
 {
     return logged("Clipping  failed, error number : ", [&] {
         dialog().Advance();
-        FeatureClassPtr target = openClass(targetName, targetDatabase);
-        if (target->rowCount() > 0) {
-            target->deleteSearchedRows();
-        }
+        const std::string templatePath = systemDataFolder + "RegionBndry.mdb";
         if (source->rowCount() == 0 || clip.rowCount() == 0) {
+            emptyTarget(targetName, targetDatabase, templatePath);
             return true;
         }
         if (!source->extent().intersects(clip.extent())) {
+            emptyTarget(targetName, targetDatabase, templatePath);
             m_log.write("Map to be Clipped does not overlay with the Region Boundary, default "
                         "Value assumed");
             return true;
         }
-        const geodatabase::OutputDescription output{target->workspace(), targetName,
-                                                    source->shapeFieldName()};
-        try {
-            dialog().Advance();
-            geodatabase::Geoprocessor::Clip(*source, clip, output);
-            dialog().Advance();
-        } catch (...) {
-            // The whole map, unclipped, is better than none; its values are not repaired.
-            const FeatureClassPtr templateClass =
-                openClass(targetName, systemDataFolder + "RegionBndry.mdb");
-            target.reset();
-            const FeatureClassPtr created =
-                recreateFromTemplate(*templateClass, targetDatabase, targetName);
-            context::contextGisDataService().CopyFeatures(Variant(source), Variant(created), "");
+        FeatureClassPtr target = targetClass(targetName, targetDatabase, templatePath);
+        // The new map is built beside the old one, which stays until the new one is complete.
+        const bool clipped = replaceContent(target, *target, [&](auto& replacement) {
+            try {
+                dialog().Advance();
+                geodatabase::Geoprocessor::Clip(*source, clip, replacement.output());
+                dialog().Advance();
+            } catch (...) {
+                return false;
+            }
+            context::UpdateFieldValue(*replacement.featureClass(), valueField, defaultValue,
+                                      invalidWhere);
             return true;
+        });
+        if (!clipped) {
+            // The whole map, unclipped, is better than none; its values are not repaired.
+            const FeatureClassPtr templateClass = openClass(targetName, templatePath);
+            replaceContent(target, *templateClass, [&](auto& replacement) {
+                context::contextGisDataService().CopyFeatures(
+                    Variant(source), Variant(replacement.featureClass()), "");
+                return true;
+            });
         }
-        context::UpdateFieldValue(*target, valueField, defaultValue, invalidWhere);
         return true;
     });
 }
@@ -398,25 +433,24 @@ bool EqDataMaps::IntersectDataMap(const FeatureClassPtr& source,
             m_log.write("Map to be Intersected does not overlay with the Region Boundary");
             return false;
         }
-        FeatureClassPtr target = openClass(targetName, inundationPath);
-        if (target->rowCount() > 0) {
-            target->deleteSearchedRows();
-        }
-        const geodatabase::OutputDescription output{target->workspace(), targetName,
-                                                    source->shapeFieldName()};
-        try {
-            dialog().Advance();
-            geodatabase::Geoprocessor::Intersect(*source, tracts, output);
-            dialog().Advance();
-        } catch (...) {
+        const std::string templatePath = systemDataFolder + "Inundation.mdb";
+        FeatureClassPtr target = targetClass(targetName, inundationPath, templatePath);
+        const bool intersected = replaceContent(target, *target, [&](auto& replacement) {
+            try {
+                dialog().Advance();
+                geodatabase::Geoprocessor::Intersect(*source, tracts, replacement.output());
+                dialog().Advance();
+            } catch (...) {
+                return false;
+            }
+            return true;
+        });
+        if (!intersected) {
             // An empty target of the right shape rather than a broken one.
-            const FeatureClassPtr templateClass =
-                openClass(targetName, systemDataFolder + "Inundation.mdb");
-            target.reset();
-            recreateFromTemplate(*templateClass, inundationPath, targetName);
-            return false;
+            const FeatureClassPtr templateClass = openClass(targetName, templatePath);
+            replaceContent(target, *templateClass, [](auto&) { return true; });
         }
-        return true;
+        return intersected;
     });
 }
 

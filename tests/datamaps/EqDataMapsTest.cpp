@@ -11,6 +11,7 @@
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/Workspace.h"
+#include "platform/tabular/SqliteDatabase.h"
 #include "platform/ui/ScriptedPrompts.h"
 #include "support/Raised.h"
 
@@ -227,15 +228,74 @@ TEST_F(SiteMapClipping, AClipTheGeometryRefusesFallsBackToTheWholeMapUnrepaired)
     EXPECT_TRUE(takeMessageTexts().empty()) << "the fallback is no failure";
 }
 
-TEST_F(SiteMapClipping, AFailedFallbackIsTheClipsFailureLine)
+TEST_F(SiteMapClipping, AFailedFallbackIsTheClipsFailureLineAndKeepsTheOldMap)
 {
     registerMap("SOIL", {{kWest, kSouth, kEast, kNorth, Variant("C")}});
     addBowTie(userMapFile("SOIL"), "Type", Variant("BC"), -122.22, -122.10);
+    fill("RegionBndry.mdb", "eqsrsoil", "Type", {{kWest, kSouth, kEast, kNorth, Variant("A")}});
     removeTemplate(root(), "RegionBndry.mdb", "eqsrsoil");
     clip({"SOIL"});
     EXPECT_TRUE(logged("Clipping  failed, error number : "));
     EXPECT_FALSE(logged("Clipped Soil at  : "));
     EXPECT_EQ(takeMessageTexts(), (Lines{kFailureMessage}));
+    EXPECT_EQ(valuesOf("RegionBndry.mdb", "eqsrsoil", "Type"), (Lines{"A"}));
+    EXPECT_FALSE(geodatabase::Workspace::open(regionFolder() + "RegionBndry.mdb").exists("eqsrsoil_partial"));
+}
+
+// A run cut short (a full disk, a killed process) must leave every map clippable again.
+class InterruptedClipping : public test::DataMapsFixture {
+protected:
+    void execute(const std::string& sql) const
+    {
+        platform::tabular::SqliteDatabase(regionFolder() + "RegionBndry.mdb",
+                                          platform::tabular::SqliteDatabase::Mode::ReadWrite)
+            .execute(sql);
+    }
+};
+
+TEST_F(InterruptedClipping, MissingTargetsAreMadeFromTheTemplateAndFilled)
+{
+    for (const char* name : {"eqsrsoil", "eqsrlqf"}) {
+        geodatabase::Workspace::open(regionFolder() + "RegionBndry.mdb").deleteDataset(name);
+    }
+    registerMap("SOIL", halves(Variant("A"), Variant("C")));
+    clip({"SOIL", "LIQF"});
+    EXPECT_EQ(valuesOf("RegionBndry.mdb", "eqsrsoil", "Type"), (Lines{"A", "C"}));
+    EXPECT_EQ(regionClass("RegionBndry.mdb", "eqsrlqf")->rowCount(), 0)
+        << "a code without a map gets its empty target back";
+    EXPECT_TRUE(logged("Clipped Soil at  : "));
+    EXPECT_TRUE(logged("Clipped Lqf at  : "));
+    EXPECT_TRUE(takeMessageTexts().empty());
+
+    clip({"SOIL"});
+    EXPECT_EQ(valuesOf("RegionBndry.mdb", "eqsrsoil", "Type"), (Lines{"A", "C"}))
+        << "the next run replaces, never adds";
+}
+
+TEST_F(InterruptedClipping, AMissingInundationTargetIsMadeFromTheTemplate)
+{
+    geodatabase::Workspace::open(regionFolder() + "Inundation.mdb").deleteDataset("srdamind");
+    registerMap("DAMF", {{-122.28, 37.81, -122.22, 37.84, Variant("1-3 ft")}});
+    clipInundation({"DAMF"});
+    EXPECT_EQ(valuesOf("Inundation.mdb", "srdamind", "type"), (Lines{"1-3 ft", "1-3 ft"}));
+}
+
+TEST_F(InterruptedClipping, AReplacementTheDatabaseRefusesKeepsTheOldMap)
+{
+    fill("RegionBndry.mdb", "eqsrsoil", "Type", {{kWest, kSouth, kEast, kNorth, Variant("A")}});
+    registerMap("SOIL", halves(Variant("B"), Variant("C")));
+    execute("CREATE TRIGGER keep_soil BEFORE DELETE ON gpkg_contents "
+            "WHEN old.table_name = 'eqsrsoil' BEGIN SELECT RAISE(ABORT, 'disk is full'); END");
+    clip({"SOIL"});
+    EXPECT_TRUE(logged("Clipping  failed, error number : "));
+    EXPECT_EQ(takeMessageTexts(), (Lines{kFailureMessage}));
+    EXPECT_EQ(valuesOf("RegionBndry.mdb", "eqsrsoil", "Type"), (Lines{"A"}));
+    EXPECT_FALSE(geodatabase::Workspace::open(regionFolder() + "RegionBndry.mdb").exists("eqsrsoil_partial"));
+
+    execute("DROP TRIGGER keep_soil");
+    m_dataMaps = std::make_shared<EqDataMaps>();
+    clip({"SOIL"});
+    EXPECT_EQ(valuesOf("RegionBndry.mdb", "eqsrsoil", "Type"), (Lines{"B", "C"}));
 }
 
 TEST_F(SiteMapClipping, OnlyTheClippedMapsAreReappliedToTheInventory)
