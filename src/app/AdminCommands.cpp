@@ -185,6 +185,7 @@ int mapCommand(const std::vector<std::string>& args, const std::string& action, 
     if (options.values.count("value")) {
         request.value = options.required("value");
     }
+    const auto claim = claimRegion(options.required("host"), request.region, args);
     const MapReport report = registerMap(options.required("host"), request);
     out << "map register: " << report.code << " for " << report.region << ": "
         << report.polygons << " polygons into " << report.database.string() << ":"
@@ -220,6 +221,7 @@ int inventoryCommand(const std::vector<std::string>& args, const std::string& ac
     }
     request.idField = options.optional("id-field", "");
     request.nameField = options.optional("name-field", "");
+    const auto claim = claimRegion(options.required("host"), request.region, args);
     const auto start = std::chrono::steady_clock::now();
     const InventoryReport report =
         addInventory(options.required("host"), request, progressBar(err, "inventory add"));

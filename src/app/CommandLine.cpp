@@ -2,6 +2,7 @@
 
 #include "BrevantClasses.h"
 #include "app/AdminCommands.h"
+#include "app/CommandOptions.h"
 #include "app/DemoCommand.h"
 #include "app/GeoprocessingCommands.h"
 #include "app/ScriptRunner.h"
@@ -122,10 +123,13 @@ std::optional<Options> parseOptions(const std::vector<std::string>& args, std::o
     return options;
 }
 
-/// Installs the reference host; on failure prints the error as a JSON line.
-bool installHost(const std::string& root, std::ostream& out)
+/// Claims the host's current region for this process and installs the reference host; on
+/// failure prints the error as a JSON line.
+bool installHost(const std::string& root, const std::vector<std::string>& args,
+                 std::optional<host::local::RegionLock>& claim, std::ostream& out)
 {
     try {
+        claim = claimRegion(root, "", args);
         host::installHostServices(std::make_shared<host::local::LocalHostServices>(root));
         return true;
     } catch (...) {
@@ -162,7 +166,8 @@ int runCall(const std::vector<std::string>& args, std::ostream& out, std::ostrea
         err << kCallUsage;
         return 2;
     }
-    if (!installHost(*options->host, out)) {
+    std::optional<host::local::RegionLock> claim;
+    if (!installHost(*options->host, args, claim, out)) {
         return 1;
     }
     ScriptRunner runner(classes(), consolePrompts());
@@ -211,7 +216,8 @@ int runScript(const std::vector<std::string>& args, std::istream& in, std::ostre
         }
         source = &file;
     }
-    if (!installHost(*options->host, out)) {
+    std::optional<host::local::RegionLock> claim;
+    if (!installHost(*options->host, args, claim, out)) {
         return 1;
     }
     ScriptRunner runner(classes(), consolePrompts());

@@ -1,5 +1,6 @@
 #include "app/CommandOptions.h"
 
+#include "host/local/HostRoot.h"
 #include "platform/automation/AutomationError.h"
 #include "platform/geodatabase/Workspace.h"
 
@@ -159,6 +160,31 @@ int guarded(const std::vector<std::string>& args, const std::string& name, const
             << " " << error.hex() << ")\n";
         return 1;
     }
+}
+
+std::optional<host::local::RegionLock> claimRegion(const std::filesystem::path& root,
+                                                   const std::string& region,
+                                                   const std::vector<std::string>& args)
+{
+    std::string name;
+    std::string folder;
+    try {
+        const auto host = host::local::HostRoot::load(root);
+        name = host.regionNamed(region).name;
+        folder = host.regionFolder(name);
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+    std::error_code ec;
+    if (!std::filesystem::is_directory(folder, ec)) {
+        return std::nullopt;
+    }
+    std::string command = "brevant";
+    for (const auto& arg : args) {
+        command += " " + arg;
+    }
+    return host::local::RegionLock::acquire(folder, name, command,
+                                            host::local::RegionLock::defaultWait());
 }
 
 } // namespace brevant::app

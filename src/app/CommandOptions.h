@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/local/RegionLock.h"
 #include "platform/geodatabase/FeatureClass.h"
 
 #include <chrono>
@@ -8,6 +9,7 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -68,6 +70,15 @@ std::function<void(int64_t done, int64_t total)> progressBar(std::ostream& err,
 double secondsSince(std::chrono::steady_clock::time_point start);
 /// Two decimals.
 std::string fixed(double value);
+
+/// Claims the region `region` (empty: the current one) of the host root `root` for this
+/// process while the returned lock lives, so that two processes never write one region at
+/// once; waits RegionLock::defaultWait() for another holder, then throws a host error naming
+/// it. Nothing is claimed when the root has no such region: the command reports that itself.
+/// `args` is the command line, recorded for a process that has to wait.
+std::optional<host::local::RegionLock> claimRegion(const std::filesystem::path& root,
+                                                   const std::string& region,
+                                                   const std::vector<std::string>& args);
 
 /// Runs a command body: --help prints the usage; UsageError prints the message and the usage
 /// (status 2); InputError and any other error print one line naming the command (status 1).

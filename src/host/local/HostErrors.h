@@ -16,6 +16,8 @@ inline constexpr int32_t UnknownKey = platform::automation::ErrorNumber::HostBas
 inline constexpr int32_t NoCurrentRegion = platform::automation::ErrorNumber::HostBase + 4;
 /// A user's file, layer, field or value that an administration command cannot use.
 inline constexpr int32_t InvalidInput = platform::automation::ErrorNumber::HostBase + 5;
+/// Another process works on the region and did not let go in time.
+inline constexpr int32_t RegionInUse = platform::automation::ErrorNumber::HostBase + 6;
 } // namespace HostError
 
 inline constexpr const char* kHostSource = "Brevant.LocalHost";
