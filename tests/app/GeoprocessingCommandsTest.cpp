@@ -4,6 +4,8 @@
 #include "platform/geodatabase/Workspace.h"
 #include "support/HostFixture.h"
 
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -220,6 +222,42 @@ TEST_F(GeoprocessingCommands, InputsInAnotherCoordinateSystemAreMovedIntoTheFirs
     EXPECT_NE(m_err.str().find("nowhere (no coordinate system)"), std::string::npos) << m_err.str();
     EXPECT_NE(m_err.str().find("GCS_North_American_1983"), std::string::npos) << m_err.str();
     EXPECT_EQ(values("out.gpkg", "clipped"), (std::vector<std::string>{"A"})) << "kept";
+}
+
+TEST_F(GeoprocessingCommands, GeoJsonMixingPolygonsAndMultipolygonsIsOneKindOfShape)
+{
+    // A polygon over the left half of square A and a multipolygon over the left half of B.
+    std::ofstream(path("zones.geojson")) << R"({"type": "FeatureCollection", "features": [
+        {"type": "Feature", "properties": {"type": "P"}, "geometry": {"type": "Polygon",
+         "coordinates": [[[0,0],[5,0],[5,10],[0,10],[0,0]]]}},
+        {"type": "Feature", "properties": {"type": "M"}, "geometry": {"type": "MultiPolygon",
+         "coordinates": [[[[20,0],[25,0],[25,10],[20,10],[20,0]]]]}}]})";
+    const std::string zones = path("zones.geojson");
+    const std::string hazard = path("data.gpkg") + ":hazard";
+    const std::string out = path("out.gpkg");
+
+    ASSERT_EQ(run(runClip, {"clip", "--input", hazard, "--clip", zones, "--output", out + ":a"}), 0)
+        << m_err.str();
+    EXPECT_EQ(values("out.gpkg", "a"), (std::vector<std::string>{"A", "B"}));
+    ASSERT_EQ(run(runClip, {"clip", "--input", zones, "--clip", hazard, "--output", out + ":b"}), 0)
+        << m_err.str();
+    EXPECT_EQ(values("out.gpkg", "b"), (std::vector<std::string>{"P", "M"}));
+    ASSERT_EQ(run(runIntersect,
+                  {"intersect", "--input", zones, "--with", hazard, "--output", out + ":c"}),
+              0)
+        << m_err.str();
+    EXPECT_EQ(values("out.gpkg", "c"), (std::vector<std::string>{"P", "M"}));
+    EXPECT_EQ(Workspace::open(out, true).openFeatureClass("c")->shapeType(), ShapeType::Polygon);
+
+    // Shapes of different dimensions still make no polygon class.
+    std::ofstream(path("both.geojson")) << R"({"type": "FeatureCollection", "features": [
+        {"type": "Feature", "properties": {}, "geometry": {"type": "Polygon",
+         "coordinates": [[[0,0],[5,0],[5,10],[0,10],[0,0]]]}},
+        {"type": "Feature", "properties": {}, "geometry": {"type": "Point", "coordinates": [1,1]}}]})";
+    EXPECT_EQ(run(runClip, {"clip", "--input", hazard, "--clip", path("both.geojson"), "--output",
+                            out + ":d"}),
+              1);
+    EXPECT_NE(m_err.str().find("must hold polygons"), std::string::npos) << m_err.str();
 }
 
 } // namespace

@@ -31,6 +31,37 @@ geometry::ShapeType shapeTypeOf(OGRwkbGeometryType type)
         return geometry::ShapeType::Null;
     }
 }
+
+/// The shape type the features of a layer that declares none have in common: single and
+/// multi-part shapes of one dimension are one family (a polygon is a multipolygon of one part,
+/// a point fits a multipoint class). Null when they mix dimensions or hold no shapes.
+geometry::ShapeType shapeTypeOfFeatures(OGRLayer& layer)
+{
+    using geometry::ShapeType;
+    gdal::ErrorScope errors;
+    ShapeType found = ShapeType::Null;
+    layer.ResetReading();
+    for (gdal::FeaturePtr feature(layer.GetNextFeature()); feature;
+         feature.reset(layer.GetNextFeature())) {
+        const OGRGeometry* shape = feature->GetGeometryRef();
+        if (!shape || shape->IsEmpty()) {
+            continue;
+        }
+        const ShapeType type = shapeTypeOf(shape->getGeometryType());
+        const bool points = (found == ShapeType::Point && type == ShapeType::Multipoint) ||
+                            (found == ShapeType::Multipoint && type == ShapeType::Point);
+        if (found == ShapeType::Null || points) {
+            found = points ? ShapeType::Multipoint : type;
+        } else if (type != found) {
+            found = ShapeType::Null;
+        }
+        if (found == ShapeType::Null) {
+            break;
+        }
+    }
+    layer.ResetReading();
+    return found;
+}
 } // namespace
 
 void TableData::loadFields()
@@ -47,7 +78,14 @@ void TableData::loadFields()
     if (hasShape) {
         const OGRGeomFieldDefn* geometryField = definition->GetGeomFieldDefn(0);
         shapeFieldName = *geometryField->GetNameRef() ? geometryField->GetNameRef() : "Shape";
-        shapeType = shapeTypeOf(geometryField->GetType());
+        const OGRwkbGeometryType declared = geometryField->GetType();
+        shapeType = shapeTypeOf(declared);
+        // Files such as GeoJSON declare no type when single and multi-part shapes are mixed;
+        // their features are read once, when the table is opened.
+        if (shapeType == geometry::ShapeType::Null && wkbFlatten(declared) == wkbUnknown &&
+            !fields) {
+            shapeType = shapeTypeOfFeatures(*layer);
+        }
         const OGRSpatialReference* srs = geometryField->GetSpatialRef();
         // A GeoPackage names a class made without a system "Undefined geographic SRS" (or
         // "Undefined Cartesian SRS"); it is as unknown as a shapefile without its .prj.

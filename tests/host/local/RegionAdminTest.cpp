@@ -232,6 +232,15 @@ TEST_F(RegionAdmin, MapsAreRegisteredWithTheCodesValueField)
     MapRequest zones{"Testville", "LIQF", {m_sources / "boundary.geojson", ""}, "", "3"};
     EXPECT_EQ(registerMap(m_root, zones).polygons, 1);
 
+    // Polygons and multipolygons in one file are one map.
+    std::ofstream(m_sources / "land.geojson") << R"({"type": "FeatureCollection", "features": [
+        {"type": "Feature", "properties": {"Type": 3}, "geometry": {"type": "Polygon",
+         "coordinates": [)" << square(-100, 40, 1) << R"(]}},
+        {"type": "Feature", "properties": {"Type": 7}, "geometry": {"type": "MultiPolygon",
+         "coordinates": [[)" << square(-99, 40, 1) << "],[" << square(-99, 41, 0.5) << "]]}}]}";
+    MapRequest land{"", "LAND", {m_sources / "land.geojson", ""}, "", std::nullopt};
+    EXPECT_EQ(registerMap(m_root, land).polygons, 2);
+
     LocalUserMapRegistry registry(m_root);
     std::string file;
     std::string className;
