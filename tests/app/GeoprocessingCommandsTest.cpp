@@ -260,5 +260,36 @@ TEST_F(GeoprocessingCommands, GeoJsonMixingPolygonsAndMultipolygonsIsOneKindOfSh
     EXPECT_NE(m_err.str().find("must hold polygons"), std::string::npos) << m_err.str();
 }
 
+TEST_F(GeoprocessingCommands, AShapefileWithoutItsAttributeFileIsRefused)
+{
+    {
+        Workspace folder = Workspace::openShapefileFolder(path("shapes"));
+        auto zones = folder.createFeatureClass(
+            "zones", Fields({{"type", FieldType::String, 8, {}}}), ShapeType::Polygon);
+        add(*zones, "Z", "POLYGON ((0 0, 5 0, 5 10, 0 10, 0 0))");
+    }
+    const std::string hazard = path("data.gpkg") + ":hazard";
+    ASSERT_EQ(run(runClip, {"clip", "--input", path("shapes/zones.shp"), "--clip", hazard,
+                            "--output", path("out.gpkg") + ":a"}),
+              0)
+        << m_err.str();
+    EXPECT_EQ(values("out.gpkg", "a"), (std::vector<std::string>{"Z"}));
+
+    std::filesystem::remove(path("shapes/zones.dbf"));
+    for (const std::string& zones : {path("shapes/zones.shp"), path("shapes") + ":zones"}) {
+        EXPECT_EQ(run(runClip, {"clip", "--input", zones, "--clip", hazard, "--output",
+                                path("out.gpkg") + ":a"}),
+                  1)
+            << zones;
+        EXPECT_NE(m_err.str().find("zones.dbf is missing"), std::string::npos) << m_err.str();
+        EXPECT_EQ(run(runTransfer, {"transfer", "--target", path("data.gpkg") + ":sites",
+                                    "--source", zones, "--field", "type"}),
+                  1)
+            << zones;
+        EXPECT_NE(m_err.str().find("zones.dbf is missing"), std::string::npos) << m_err.str();
+    }
+    EXPECT_EQ(values("out.gpkg", "a"), (std::vector<std::string>{"Z"})) << "kept";
+}
+
 } // namespace
 } // namespace brevant::app

@@ -42,11 +42,13 @@ std::shared_ptr<FeatureClass> openVectorSource(const VectorSource& source)
         }
         layer = names.front();
     }
+    if (!workspace->exists(layer)) {
+        hostError(HostError::InvalidInput, source.path.string() + " has no layer " + layer);
+    }
     try {
         return workspace->openFeatureClass(layer);
-    } catch (const platform::automation::PlatformError&) {
-        hostError(HostError::InvalidInput,
-                  source.path.string() + " has no layer " + layer);
+    } catch (const platform::automation::PlatformError& e) {
+        hostError(HostError::InvalidInput, e.what());
     }
 }
 

@@ -272,12 +272,37 @@ bool Workspace::exists(const std::string& name) const
 }
 
 namespace {
+/// A shapefile whose .dbf is missing opens without any attribute: read so, every value would
+/// be lost without a word.
+void requireAttributeFile(const WorkspaceData& workspace, const std::string& layer)
+{
+    GDALDriver* driver = workspace.dataset->GetDriver();
+    if (!driver || std::strcmp(driver->GetDescription(), "ESRI Shapefile") != 0) {
+        return;
+    }
+    std::error_code ec;
+    const fs::path base = fs::is_directory(workspace.path, ec)
+                              ? workspace.path / layer
+                              : workspace.path.parent_path() / workspace.path.stem();
+    const auto exists = [&](const char* lower, const char* upper) {
+        return fs::exists(fs::path(base).concat(lower), ec) ||
+               fs::exists(fs::path(base).concat(upper), ec);
+    };
+    // Only a shapefile on disk can be checked; one in an archive is left to GDAL.
+    if (exists(".shp", ".SHP") && !exists(".dbf", ".DBF")) {
+        fail(CPLE_OpenFailed, "cannot open " + workspace.describe(layer) +
+                                  ": its attribute file " + base.filename().string() +
+                                  ".dbf is missing");
+    }
+}
+
 std::shared_ptr<TableData> tableData(WorkspaceData& workspace, const std::string& name)
 {
     OGRLayer* layer = workspace.layer(name);
     if (!layer) {
         fail(CPLE_OpenFailed, "cannot open " + workspace.describe(name) + ": no such table");
     }
+    requireAttributeFile(workspace, layer->GetName());
     auto data = std::make_shared<TableData>();
     data->name = layer->GetName();
     data->layer = layer;

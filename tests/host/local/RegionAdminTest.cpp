@@ -351,6 +351,9 @@ TEST_F(RegionAdmin, BadInputChangesNothing)
     map.value.reset();
     map.valueField = "SUSC";
     expectUnchanged([&] { registerMap(m_root, map); }, "no value field SUSC");
+    fs::remove(m_sources / "tracts" / "tracts.dbf");
+    map = {"", "LIQF", {m_sources / "tracts" / "tracts.shp", ""}, "", "3"};
+    expectUnchanged([&] { registerMap(m_root, map); }, "tracts.dbf is missing");
     InventoryRequest inventory{"", "hzSchool", 'P', "", VectorSource{m_sources / "garbage.gpkg", ""}, ""};
     expectUnchanged([&] { addInventory(m_root, inventory); }, "garbage.gpkg");
     inventory.from.reset();
