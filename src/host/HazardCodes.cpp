@@ -19,11 +19,11 @@ const std::vector<HazardCode>& hazardCodes()
 {
     static const std::vector<HazardCode> codes{
         {"SOIL", "soil (site) class, letters A to E", Group::Site, "eqsrsoil", "RegionBndry.mdb",
-         "Type", Value::Text, 8},
+         "Type", Value::Text, 8, std::nullopt, "ABCDE"},
         {"LIQF", "liquefaction susceptibility category, 0 to 5", Group::Site, "eqsrlqf",
-         "RegionBndry.mdb", "Type", Value::Category, 12},
+         "RegionBndry.mdb", "Type", Value::Category, 12, std::pair(0, 5)},
         {"LAND", "landslide susceptibility category, 0 to 10", Group::Site, "eqsrlnd",
-         "RegionBndry.mdb", "Type", Value::Category, 10},
+         "RegionBndry.mdb", "Type", Value::Category, 10, std::pair(0, 10)},
         {"WATR", "depth to ground water", Group::Site, "eqsrwdepth", "RegionBndry.mdb", "Type",
          Value::Real, 2},
         {"DAMF", "dam-failure inundation", Group::Inundation, "srdamind", "Inundation.mdb", "type",

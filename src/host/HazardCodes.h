@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace brevant::host {
@@ -31,6 +32,10 @@ struct HazardCode {
     Value value;
     /// The thematic map type of the code's map; 0 when the caller gives it.
     int thematicType;
+    /// Where the code limits its values: whole categories from first to second, or for a text
+    /// code one of `letters` (in any case). Unlimited when neither is set.
+    std::optional<std::pair<int, int>> categories = std::nullopt;
+    std::string letters = {};
 };
 
 /// All codes, site conditions first, in the order the maps are processed.

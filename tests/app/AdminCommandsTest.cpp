@@ -42,6 +42,12 @@ TEST_F(AdminCommands, FromAnEmptyHostToARegionWithAMap)
     ASSERT_EQ(run({"region", "list", "--host", host()}), 0);
     EXPECT_EQ(m_out.str().rfind("Portland\t1\tcurrent\t", 0), 0u) << m_out.str();
 
+    EXPECT_EQ(run({"map", "register", "--host", host(), "SOIL", file("area.geojson"), "--value",
+                   "Q"}),
+              1);
+    EXPECT_NE(m_err.str().find("\"Q\" is not a value of SOIL (soil (site) class, letters A to E)"),
+              std::string::npos)
+        << m_err.str();
     ASSERT_EQ(run({"map", "register", "--host", host(), "SOIL", file("area.geojson"), "--value",
                    "C"}),
               0)

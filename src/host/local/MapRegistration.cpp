@@ -8,6 +8,7 @@
 #include "host/local/Schemas.h"
 #include "platform/geodatabase/Cursor.h"
 
+#include <cctype>
 #include <cmath>
 
 namespace brevant::host::local {
@@ -59,6 +60,32 @@ Variant convert(const Variant& value, HazardCode::Value kind)
     return Variant(number);
 }
 
+/// The one value given for a whole map as the code stores it; null when the code does not
+/// allow it. Values read from the map's own field are kept as they are: the clip repairs them.
+Variant convertWhole(const std::string& text, const HazardCode& code)
+{
+    Variant value = convert(Variant(text), code.value);
+    if (value.isNull()) {
+        return value;
+    }
+    if (!code.letters.empty()) {
+        const std::string letter = value.toString();
+        const auto found = letter.size() == 1
+                               ? code.letters.find(static_cast<char>(
+                                     std::toupper(static_cast<unsigned char>(letter[0]))))
+                               : std::string::npos;
+        return found == std::string::npos ? Variant::null()
+                                          : Variant(std::string(1, code.letters[found]));
+    }
+    if (code.categories) {
+        const int category = value.toInt32();
+        if (category < code.categories->first || category > code.categories->second) {
+            return Variant::null();
+        }
+    }
+    return value;
+}
+
 } // namespace
 
 MapReport registerMap(const fs::path& root, const MapRequest& request)
@@ -79,7 +106,7 @@ MapReport registerMap(const fs::path& root, const MapRequest& request)
     }
     Variant fixed;
     if (request.value) {
-        fixed = convert(Variant(*request.value), code->value);
+        fixed = convertWhole(*request.value, *code);
         if (fixed.isNull()) {
             hostError(HostError::InvalidInput,
                       "\"" + *request.value + "\" is not a value of " + code->code + " (" +

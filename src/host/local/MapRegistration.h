@@ -39,8 +39,8 @@ struct MapReport {
 /// code's value field (text for soil and inundation codes, numbers otherwise), and the
 /// region's registry points the code at that copy. A map registered earlier for the code is
 /// replaced. Bad input (an unknown code or region, a source that does not open or holds no
-/// polygons, a missing value field, a value of the wrong kind) is an InvalidInput host error
-/// that changes nothing.
+/// polygons, a missing value field, a value of the wrong kind, one value outside the code's
+/// range) is an InvalidInput host error that changes nothing.
 MapReport registerMap(const std::filesystem::path& root, const MapRequest& request);
 
 } // namespace brevant::host::local

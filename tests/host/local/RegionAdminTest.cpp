@@ -229,7 +229,7 @@ TEST_F(RegionAdmin, MapsAreRegisteredWithTheCodesValueField)
     EXPECT_EQ(report.polygons, 2);
     EXPECT_EQ(report.emptyValues, 1) << "a text where a depth belongs";
 
-    MapRequest zones{"Testville", "LIQF", {m_sources / "boundary.geojson", ""}, "", "3"};
+    MapRequest zones{"Testville", "LIQF", {m_sources / "boundary.geojson", ""}, "", "5"};
     EXPECT_EQ(registerMap(m_root, zones).polygons, 1);
 
     // Polygons and multipolygons in one file are one map.
@@ -253,7 +253,8 @@ TEST_F(RegionAdmin, MapsAreRegisteredWithTheCodesValueField)
     EXPECT_DOUBLE_EQ(map->search().next()->value(map->findField("Type")).toDouble(), 12.5);
     registry.GetUserMap("LIQF", file, className, folder);
     map = Workspace::open(folder + file, true).openFeatureClass(className);
-    EXPECT_EQ(map->search().next()->value(map->findField("Type")).toInt32(), 3);
+    EXPECT_EQ(map->search().next()->value(map->findField("Type")).toInt32(), 5)
+        << "the highest category is one";
 
     registry.GetUserMap("SOIL", file, className, folder);
     EXPECT_EQ(file + className + folder, "") << "no map: three empty strings";
@@ -264,6 +265,12 @@ TEST_F(RegionAdmin, MapsAreRegisteredWithTheCodesValueField)
     EXPECT_TRUE(RegionDatabase(HostRoot::load(m_root).regionDatabasePath("Testville"))
                     .userMap("WATR")
                     ->processed);
+
+    MapRequest soil{"", "SOIL", {m_sources / "boundary.geojson", ""}, "", "c"};
+    registerMap(m_root, soil);
+    registry.GetUserMap("SOIL", file, className, folder);
+    map = Workspace::open(folder + file, true).openFeatureClass(className);
+    EXPECT_EQ(map->search().next()->value(map->findField("Type")).toString(), "C");
 }
 
 TEST_F(RegionAdmin, InventoryIsCataloguedAndLoadedInsideTheRegion)
@@ -346,8 +353,21 @@ TEST_F(RegionAdmin, BadInputChangesNothing)
     MapRequest map{"", "QUAK", {m_sources / "boundary.geojson", ""}, "", "3"};
     expectUnchanged([&] { registerMap(m_root, map); }, "not a hazard code");
     map.code = "LIQF";
-    map.value = "high";
-    expectUnchanged([&] { registerMap(m_root, map); }, "is not a value of LIQF");
+    for (const char* value : {"high", "9", "-1", "2.5"}) {
+        map.value = value;
+        expectUnchanged([&] { registerMap(m_root, map); },
+                        "\"" + std::string(value) +
+                            "\" is not a value of LIQF (liquefaction susceptibility category, 0 to 5)");
+    }
+    map.code = "LAND";
+    map.value = "11";
+    expectUnchanged([&] { registerMap(m_root, map); }, "is not a value of LAND");
+    map.code = "SOIL";
+    for (const char* value : {"Q", "CD", ""}) {
+        map.value = value;
+        expectUnchanged([&] { registerMap(m_root, map); }, "is not a value of SOIL");
+    }
+    map.code = "LIQF";
     map.value.reset();
     map.valueField = "SUSC";
     expectUnchanged([&] { registerMap(m_root, map); }, "no value field SUSC");
