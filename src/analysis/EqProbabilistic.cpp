@@ -179,7 +179,12 @@ void UpdateProbFieldValues(geodatabase::FeatureClass& inventory,
         std::vector<geometry::Geometry> shapes;
         std::vector<std::array<Variant, 4>> values;
         {
-            geodatabase::Cursor cursor = usgs.search();
+            std::vector<std::string> sourceFields;
+            for (const auto& [source, result] : copied) {
+                sourceFields.push_back(usgs.fields().field(source).name);
+            }
+            geodatabase::Cursor cursor =
+                usgs.search(geodatabase::QueryFilter::fields(std::move(sourceFields)));
             geodatabase::Row row;
             while (cursor.next(row)) {
                 shapes.push_back(row.shape());
@@ -194,7 +199,12 @@ void UpdateProbFieldValues(geodatabase::FeatureClass& inventory,
         // Points skip building a geometry per query, the bulk of an inventory.
         const bool points = inventory.shapeType() == geometry::ShapeType::Point;
 
-        geodatabase::Cursor cursor = inventory.update();
+        std::vector<std::string> resultFields;
+        for (const auto& [source, result] : copied) {
+            resultFields.push_back(inventory.fields().field(result).name);
+        }
+        geodatabase::Cursor cursor =
+            inventory.update(geodatabase::QueryFilter::fields(std::move(resultFields)));
         geodatabase::Row row;
         detail::FlushSchedule flushes;
         while (cursor.next(row)) {

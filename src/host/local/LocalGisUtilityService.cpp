@@ -185,25 +185,43 @@ void mirrorRecords(SqliteDatabase& db, const geodatabase::Table& source, const s
         update.emplace(db, "UPDATE " + quotedTable + " SET " + assignments + " WHERE " +
                                quotedKey + " = ?1");
     }
-    geodatabase::Cursor cursor = source.search();
+    std::vector<std::string> read;
+    for (const auto& column : copied) {
+        read.push_back(source.fields().field(column.second).name);
+    }
+    geodatabase::Cursor cursor = source.search(geodatabase::QueryFilter::fields(std::move(read)));
     geodatabase::Row row;
+    const auto bindRow = [&](SqliteDatabase::Statement& statement) {
+        for (std::size_t i = 0; i < copied.size(); ++i) {
+            bindValue(statement, static_cast<int>(i) + 1, row.value(copied[i].second));
+        }
+    };
     while (cursor.next(row)) {
         const Variant& id = row.value(2);
         if (id.isNull() || id.isEmpty()) {
             continue;
         }
-        bindValue(exists, 1, id);
-        const bool present = exists.step();
-        exists.reset();
-        SqliteDatabase::Statement* statement = present ? (update ? &*update : nullptr) : &insert;
-        if (!statement) {
-            continue;
+        // Most records have their server row already: the update finds it, or changes nothing
+        // and the record gets one.
+        if (update) {
+            const int64_t before = db.totalChanges();
+            bindRow(*update);
+            update->step();
+            update->reset();
+            if (db.totalChanges() != before) {
+                continue;
+            }
+        } else {
+            bindValue(exists, 1, id);
+            const bool present = exists.step();
+            exists.reset();
+            if (present) {
+                continue;
+            }
         }
-        for (std::size_t i = 0; i < copied.size(); ++i) {
-            bindValue(*statement, static_cast<int>(i) + 1, row.value(copied[i].second));
-        }
-        statement->step();
-        statement->reset();
+        bindRow(insert);
+        insert.step();
+        insert.reset();
     }
 }
 

@@ -12,6 +12,10 @@ namespace brevant::platform::geodatabase {
 using automation::PlatformError;
 
 namespace {
+// A flush in the middle of a walk commits only once this many rows wait: a walk that flushes
+// every hundred rows would otherwise wait on the disk a hundred times a second.
+constexpr int kMidWalkCommitRows = 20000;
+
 [[noreturn]] void fail(int code, const std::string& message)
 {
     throw PlatformError(automation::ErrorNumber::GdalBase + code, "GDAL", message);
@@ -141,6 +145,34 @@ Row readRow(const TableData& table, const OGRFeature& feature,
     return row;
 }
 
+namespace {
+/// The columns a cursor reads: all of them, or in a GeoPackage the identifier, the shape and
+/// the sub-fields, which spares reading and converting the columns nobody asked for.
+std::string selectList(const WorkspaceData& workspace, const TableData& table,
+                       const QueryFilter& filter)
+{
+    if (filter.subFields.empty() || workspace.kind != Workspace::Kind::GeoPackage) {
+        return "*";
+    }
+    const Fields& fields = *table.fields;
+    std::string list = gdal::sqlName(fields.field(0).name);
+    if (table.hasShape) {
+        list += ", " + gdal::sqlName(table.shapeFieldName);
+    }
+    for (const auto& name : filter.subFields) {
+        const int index = fields.findField(name);
+        if (index < 0) {
+            fail(CPLE_IllegalArg, "field " + name + " to read is not in " +
+                                      workspace.describe(table.name));
+        }
+        if (table.ogrIndex[static_cast<std::size_t>(index)] >= 0) {
+            list += ", " + gdal::sqlName(fields.field(index).name);
+        }
+    }
+    return list;
+}
+} // namespace
+
 std::unique_ptr<CursorState> openCursor(const std::shared_ptr<WorkspaceData>& workspace,
                                         const std::shared_ptr<TableData>& table,
                                         const QueryFilter& filter, bool updatable)
@@ -157,9 +189,11 @@ std::unique_ptr<CursorState> openCursor(const std::shared_ptr<WorkspaceData>& wo
     state->spatial = table->hasShape ? filter.intersects : geometry::Geometry();
 
     const WhereClause clause = checkedClause(*workspace, *table, filter.whereClause);
-    std::string sql = "SELECT * FROM " + gdal::sqlName(table->name);
     const bool native = workspace->kind == Workspace::Kind::GeoPackage ||
                         workspace->kind == Workspace::Kind::SQLite;
+    std::string sql = "SELECT " + selectList(*workspace, *table, filter) + " FROM " +
+                      gdal::sqlName(table->name);
+    state->partial = sql.compare(0, 9, "SELECT * ") != 0;
     if (!clause.isEmpty()) {
         if (native) {
             sql += " WHERE " + clause.toSqlite(resolverOf(*table));
@@ -363,6 +397,12 @@ void CursorState::write(const Row& row, bool insert, int64_t* newOid)
     if (!insert && writeAttributes(row)) {
         return;
     }
+    if (!insert && partial) {
+        // A whole-row write would empty the fields this cursor did not read.
+        fail(CPLE_NotSupported, "row " + std::to_string(row.oid()) + " of " +
+                                    workspace->describe(table->name) +
+                                    " was read with some fields only; its shape cannot be stored");
+    }
     OGRLayer& layer = table->requireLayer(*workspace);
     OGRFeature feature(layer.GetLayerDefn());
     const Fields& fields = *table->fields;
@@ -422,6 +462,7 @@ bool Cursor::next(Row& row)
     while (true) {
         gdal::FeaturePtr feature(state.result->GetNextFeature());
         if (!feature) {
+            state.exhausted = true;
             return false;
         }
         row = readRow(*state.table, *feature, &state.resultIndex);
@@ -469,7 +510,13 @@ void Cursor::deleteRow(const Row& row)
 
 void Cursor::flush()
 {
-    if (m_state->wrote && !m_state->workspace->commit()) {
+    if (!m_state->wrote) {
+        return;
+    }
+    if (!m_state->exhausted && m_state->workspace->pendingWrites < kMidWalkCommitRows) {
+        return;
+    }
+    if (!m_state->workspace->commit()) {
         fail(CPLE_FileIO, "cannot commit changes to " +
                               m_state->workspace->describe(m_state->table->name));
     }

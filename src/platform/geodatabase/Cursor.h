@@ -12,8 +12,8 @@ class Table;
 struct CursorState;
 
 /// A move-only cursor over rows. An update cursor stores changes as it goes, in batched
-/// transactions; what it has stored is committed when it is flushed or released, also when an
-/// error unwinds it, so rows stored before a failure stay changed.
+/// transactions; what it has stored is committed when it is flushed after its last row or
+/// released, also when an error unwinds it, so rows stored before a failure stay changed.
 class Cursor {
 public:
     Cursor(const Table& table, std::unique_ptr<CursorState> state);
@@ -28,7 +28,8 @@ public:
     void updateRow(const Row& row);
     /// Deletes the row last handed out (update cursors only).
     void deleteRow(const Row& row);
-    /// Commits what was stored so far.
+    /// Commits what was stored so far once the rows ran out; in the middle of a walk, only
+    /// when many rows wait, so frequent flushes cost no disk syncs. Throws when the commit fails.
     void flush();
 
 private:

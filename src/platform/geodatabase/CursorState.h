@@ -28,6 +28,11 @@ struct CursorState {
     geometry::Geometry spatial;
     bool updatable = false;
     bool wrote = false;
+    /// Only some attribute fields were read: a row can be stored only through the attribute
+    /// update, which writes the changed fields alone.
+    bool partial = false;
+    /// The rows ran out: a flush now ends the walk's work, and commits it.
+    bool exhausted = false;
     /// The attribute update statement of the last set of changed fields.
     struct StatementDeleter {
         void operator()(sqlite3_stmt* statement) const;

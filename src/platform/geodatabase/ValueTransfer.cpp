@@ -21,7 +21,7 @@ TransferCounts transferValues(FeatureClass& target, const FeatureClass& source, 
     std::vector<geometry::Geometry> shapes;
     std::vector<automation::Variant> values;
     {
-        Cursor cursor = source.search();
+        Cursor cursor = source.search(QueryFilter::fields({source.fields().field(sourceField).name}));
         Row row;
         while (cursor.next(row)) {
             if (row.shape().isNull()) {
@@ -41,7 +41,7 @@ TransferCounts transferValues(FeatureClass& target, const FeatureClass& source, 
     TransferCounts counts;
     const int64_t total = progress ? target.rowCount() : 0;
     int64_t done = 0;
-    Cursor cursor = target.update();
+    Cursor cursor = target.update(QueryFilter::fields({target.fields().field(targetField).name}));
     Row row;
     while (cursor.next(row)) {
         const geometry::Geometry& shape = row.shape();

@@ -124,5 +124,58 @@ TEST_F(WriteSafety, AppendedShapesMoveIntoTheTargetsCoordinateSystem)
     EXPECT_NEAR(row.shape().firstPoint().y, 37.7542, 1e-3);
 }
 
+TEST_F(WriteSafety, ACursorOfSomeFieldsChangesThoseAndKeepsTheRest)
+{
+    {
+        Cursor cursor = m_sites->update(QueryFilter::fields({"lqfsuscat"}));
+        Row row;
+        while (cursor.next(row)) {
+            EXPECT_TRUE(row.value(2).isNull() || row.value(2).isEmpty());
+            EXPECT_FALSE(row.shape().isNull());
+            row.setValue(3, int16_t{2});
+            cursor.updateRow(row);
+        }
+        cursor.flush();
+    }
+    EXPECT_EQ(categories(), std::vector<std::string>(5, "2"));
+    Cursor names = m_sites->search(QueryFilter::where("Name = 'S4'"));
+    Row row;
+    ASSERT_TRUE(names.next(row));
+
+    // A moved shape would need the whole row, which this cursor never read.
+    Cursor partial = m_sites->update(QueryFilter::fields({"lqfsuscat"}));
+    ASSERT_TRUE(partial.next(row));
+    row.setShape(Geometry::point({-100.0, 30.0}));
+    EXPECT_THROW(partial.updateRow(row), automation::PlatformError);
+    EXPECT_THROW(m_sites->search(QueryFilter::fields({"NoSuchField"})), automation::PlatformError);
+}
+
+TEST_F(WriteSafety, AFlushCommitsOnceTheRowsRanOut)
+{
+    const auto seenElsewhere = [&] {
+        const auto other = Workspace::open(m_path, true).openFeatureClass("sites");
+        Cursor cursor = other->search(QueryFilter::where("lqfsuscat = 7"));
+        int count = 0;
+        Row row;
+        while (cursor.next(row)) {
+            ++count;
+        }
+        return count;
+    };
+    Cursor cursor = m_sites->update();
+    Row row;
+    ASSERT_TRUE(cursor.next(row));
+    row.setValue(3, int16_t{7});
+    cursor.updateRow(row);
+    // Mid-walk flushes are frequent; they need not reach the disk each time.
+    cursor.flush();
+    while (cursor.next(row)) {
+        row.setValue(3, int16_t{7});
+        cursor.updateRow(row);
+    }
+    cursor.flush();
+    EXPECT_EQ(seenElsewhere(), 5);
+}
+
 } // namespace
 } // namespace brevant::platform::geodatabase
