@@ -261,8 +261,17 @@ void EqPoint::SynchronizeMap(geodatabase::FeatureClass& featureClass,
 
         int64_t walked = 0;
         {
-            geodatabase::Cursor cursor =
-                featureClass.update(geodatabase::QueryFilter::where(whereClause));
+            geodatabase::QueryFilter filter = geodatabase::QueryFilter::where(whereClause);
+            if (!fromCoordinates) {
+                // Only these fields change; a shape built from the coordinates needs the whole
+                // row.
+                for (const int field : {tractField, latitudeField, longitudeField, idField}) {
+                    if (field > 1) {
+                        filter.subFields.push_back(featureClass.fields().field(field).name);
+                    }
+                }
+            }
+            geodatabase::Cursor cursor = featureClass.update(filter);
             if (!fromCoordinates) {
                 utility->PrepareIdentifiers(tableName);
             }
