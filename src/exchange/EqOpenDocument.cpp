@@ -1,7 +1,6 @@
 #include "exchange/EqOpenDocument.h"
 
 #include "context/EqShape.h"
-#include "platform/automation/ErrorNumbers.h"
 
 namespace brevant::exchange {
 
@@ -15,6 +14,18 @@ const platform::automation::MemberTable* EqOpenDocument::members() const
 {
     static const platform::automation::MemberTable table = [] {
         platform::automation::MemberTable t("EqOpenDocument");
+        t.property("Enabled", &EqOpenDocument::Enabled)
+            .property("Checked", &EqOpenDocument::Checked)
+            .property("Name", &EqOpenDocument::Name)
+            .property("Caption", &EqOpenDocument::Caption)
+            .property("Tooltip", &EqOpenDocument::Tooltip)
+            .property("Message", &EqOpenDocument::Message)
+            .property("HelpFile", &EqOpenDocument::HelpFile)
+            .property("HelpContextID", &EqOpenDocument::HelpContextID)
+            .property("Bitmap", &EqOpenDocument::Bitmap)
+            .property("Category", &EqOpenDocument::Category)
+            .method("OnCreate", &EqOpenDocument::OnCreate)
+            .method("OnClick", &EqOpenDocument::OnClick);
         return t;
     }();
     return &table;
