@@ -124,18 +124,6 @@ MirroredClass mirroredClass(const std::filesystem::path& root, const std::string
 }
 
 // Runs `body` in one transaction of the region database: all or nothing.
-void inTransaction(SqliteDatabase& db, const std::function<void()>& body)
-{
-    db.execute("BEGIN");
-    try {
-        body();
-        db.execute("COMMIT");
-    } catch (...) {
-        db.execute("ROLLBACK");
-        throw;
-    }
-}
-
 // Copies every record of `source` into the server table `table`, keyed by the identifier
 // (field 2 of the source): the columns both sides have (names compared without regard to case)
 // take the record's values, and a record without a server row gets one. With `wanted`, only
@@ -409,7 +397,7 @@ void LocalGisUtilityService::UpdateMovedLocations(const std::string& tableName,
         }
         sql += " WHERE " + sqlQuoted(key->name, '"') + " = ?3";
 
-        inTransaction(db, [&] {
+        db.inTransaction([&] {
             SqliteDatabase::Statement update(db, sql);
             geodatabase::Cursor cursor = mirrored.featureClass->search();
             geodatabase::Row row;
@@ -440,7 +428,7 @@ void LocalGisUtilityService::UpdateEditedRecords(const std::string& databaseName
     }
     const MirroredClass mirrored = mirroredClass(m_root, tableName, databaseName);
     SqliteDatabase db(currentDatabasePath(m_root).string(), SqliteDatabase::Mode::ReadWrite);
-    inTransaction(db, [&] {
+    db.inTransaction([&] {
         for (const auto& table : mirrored.serverTables) {
             mirrorRecords(db, *mirrored.featureClass, table, {});
         }
@@ -459,7 +447,7 @@ void LocalGisUtilityService::UpdateAnalysisTable(const std::string& tableName,
     const MirroredClass mirrored = mirroredClass(m_root, tableName, databaseName);
     const AnalysisColumns columns(mapTypes);
     SqliteDatabase db(currentDatabasePath(m_root).string(), SqliteDatabase::Mode::ReadWrite);
-    inTransaction(db, [&] {
+    db.inTransaction([&] {
         for (const auto& table : mirrored.serverTables) {
             mirrorRecords(db, *mirrored.featureClass, table, columns.filter());
         }
@@ -475,7 +463,7 @@ void LocalGisUtilityService::UpdateLineHazardTable(const std::string& hazardTabl
     mirrored.serverTables = {hazardTableName, "Eq" + suffix};
     const AnalysisColumns columns(mapTypes);
     SqliteDatabase db(currentDatabasePath(m_root).string(), SqliteDatabase::Mode::ReadWrite);
-    inTransaction(db, [&] {
+    db.inTransaction([&] {
         for (const auto& table : mirrored.serverTables) {
             mirrorRecords(db, *mirrored.featureClass, table, columns.filter());
         }

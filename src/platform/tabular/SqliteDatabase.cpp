@@ -196,4 +196,16 @@ int64_t SqliteDatabase::lastInsertRowid() const
     return sqlite3_last_insert_rowid(m_db.get());
 }
 
+void SqliteDatabase::inTransaction(const std::function<void()>& body)
+{
+    execute("BEGIN");
+    try {
+        body();
+        execute("COMMIT");
+    } catch (...) {
+        execute("ROLLBACK");
+        throw;
+    }
+}
+
 } // namespace brevant::platform::tabular

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -61,6 +62,9 @@ public:
 
     /// Runs one or more statements that return no rows.
     void execute(std::string_view sql);
+    /// Runs `body` in one transaction: everything it stores is committed, or on any exception
+    /// nothing is, and the exception goes on.
+    void inTransaction(const std::function<void()>& body);
     const std::string& path() const { return m_path; }
     /// Rows changed since the database was opened, including changes made by triggers.
     int64_t totalChanges() const;
