@@ -19,6 +19,7 @@
 #include "host/local/LocalRegionContextService.h"
 #include "host/local/LocalRegionHazardService.h"
 #include "host/local/LocalRegionSettingsStore.h"
+#include "host/local/LocalScenarioService.h"
 #include "host/local/LocalSymbolCatalog.h"
 #include "host/local/LocalThematicClassSettings.h"
 #include "host/local/LocalUserMapRegistry.h"
@@ -72,7 +73,7 @@ std::shared_ptr<UserMapRegistry> LocalHostServices::createUserMapRegistry()
 
 std::shared_ptr<ScenarioService> LocalHostServices::createScenarioService()
 {
-    return std::make_shared<ScenarioService>();
+    return std::make_shared<LocalScenarioService>(m_root);
 }
 
 std::shared_ptr<ProgressDialog> LocalHostServices::createProgressDialog()

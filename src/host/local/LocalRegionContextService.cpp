@@ -35,6 +35,11 @@ std::string LocalRegionContextService::GetRegionsFolder()
     return HostRoot::load(m_root).regionsFolder();
 }
 
+std::string LocalRegionContextService::GetRegionName()
+{
+    return HostRoot::load(m_root).currentRegion();
+}
+
 std::string LocalRegionContextService::GetMessageText(int32_t code)
 {
     return MessageTexts::lookup(HostRoot::load(m_root).systemDataFolder() + "messages.json", code);

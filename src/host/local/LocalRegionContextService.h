@@ -17,6 +17,7 @@ public:
     std::string GetSystemDataFolder() override;
     std::string GetScenarioFolder() override;
     std::string GetRegionsFolder() override;
+    std::string GetRegionName() override;
     /// The text in the system data folder's messages.json.
     std::string GetMessageText(int32_t code) override;
     /// "sqlite:" followed by the current region's region.sqlite.

@@ -3,6 +3,7 @@
 #include "host/local/HostBuilder.h"
 #include "host/local/HostRoot.h"
 #include "host/local/InventoryBuilder.h"
+#include "host/local/LocalScenarioService.h"
 #include "host/local/MapRegistration.h"
 #include "host/local/RegionBuilder.h"
 #include "host/local/RegionDatabase.h"
@@ -175,11 +176,18 @@ void writeScenarioData(const HostRoot& host, const SampleSources& sources,
     });
     // The region's scenario faults, in the half of the country the region lies in.
     Workspace regionFaults = Workspace::open(folder / "SrScenario.mdb");
-    copyRows(sources.scenarioFaults.source,
-             *regionFaults.openTable(half == "E" ? "eqSrEastFault" : "eqSrWestFault"),
-             [&](const Row& row) {
-                 return NamedValues{{"eqScenarioId", field(row, sources.scenarioFaults.idField)}};
-             });
+    const auto faults = regionFaults.openTable(half == "E" ? "eqSrEastFault" : "eqSrWestFault");
+    copyRows(sources.scenarioFaults.source, *faults, [&](const Row& row) {
+        return NamedValues{{"eqScenarioId", field(row, sources.scenarioFaults.idField)}};
+    });
+    // Each fault is a source scenario the host knows, so a scenario can be carried by number.
+    const int idField = faults->findField("eqScenarioId");
+    Cursor cursor = faults->search();
+    Row row;
+    while (cursor.next(row)) {
+        const auto id = static_cast<int16_t>(row.value(idField).toInt32());
+        LocalScenarioService::putScenario(host.root(), id, "S", "Scenario " + std::to_string(id));
+    }
 }
 
 void writeRegionExtras(const HostRoot& host, const std::string& region,
