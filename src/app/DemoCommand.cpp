@@ -22,10 +22,13 @@
 #include "platform/carto/TextElement.h"
 #include "platform/display/GuiApplication.h"
 #include "platform/display/LayoutRenderer.h"
+#include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
+#include "platform/geodatabase/Workspace.h"
 #include "platform/ui/ConsolePrompts.h"
 
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -41,7 +44,9 @@ Builds a sample host root in DIR/host (default DIR: brevant-demo) and runs one t
 on it through the library's classes, as the desktop host does: EqDataMaps clips the soil,
 liquefaction, landslide and ground-water maps to the study region and draws each; EqPolyGon adds
 the region's boundary and tracts; the user-defined (shake maps) and probabilistic (500-year)
-analyses fill the tract table, and EqPolyGon draws tract pga after each. Every map is written to
+analyses fill the tract table, and EqPolyGon draws tract pga after each; EqPoint and EqPolyLine
+import a user's file of schools and roads, run the analyses by record set, and EqPoint draws
+school pga. Every map is written to
 DIR as a PNG page with its legend; DIR/demo.json lists them. DIR must be missing, empty or an
 earlier demo's folder (whose files are replaced). small (the default) takes seconds.
 )";
@@ -65,6 +70,9 @@ constexpr double kTitleX = 0.3;
 constexpr double kTitleY = 8.05;
 constexpr double kDotsPerInch = 100.0;
 constexpr int16_t kReturnPeriod = 500;
+// The inventory database of schools (ef.mdb) among the host's five.
+constexpr int16_t kSchoolDatabase = 2;
+constexpr int kSites = 240;
 constexpr const char* kBoundaryLayer = "Study Region Boundary";
 
 /// One map the demo draws.
@@ -175,6 +183,7 @@ public:
             }
         });
         analyseTracts(*polygons);
+        importAndAnalyseInventory();
         m_report["seconds"] = secondsSince(start);
         writeReport();
         printSummary(sample, secondsSince(start));
@@ -315,6 +324,120 @@ private:
             analysis::AnalyzeProbDefinedScenario(tracts, kReturnPeriod, Variant(), true);
             drawPga("Tract pga, " + std::to_string(kReturnPeriod) + "-year return period",
                     "tract_pga_" + std::to_string(kReturnPeriod) + ".png");
+        });
+    }
+
+    /// A user's files as the demo brings them: sites spread over the box of the region (those
+    /// outside its tracts are left out by the import) and east-west roads across all of it
+    /// (cut at the boundary). Fixed numbers, so every run imports the same records.
+    std::string writeUserFiles()
+    {
+        namespace geodatabase = platform::geodatabase;
+        using geodatabase::FieldType;
+        using platform::geometry::Geometry;
+        const auto boundary = openRegionClass("hzboundary");
+        const Envelope box = boundary->extent();
+        const fs::path file = m_dir / "host" / "UserData" / "user_inventory.gpkg";
+        fs::create_directories(file.parent_path());
+        fs::remove(file);
+        auto workspace = geodatabase::Workspace::createGeoPackage(file);
+        const auto sites = workspace.createFeatureClass(
+            "user_sites", geodatabase::Fields({{"Name", FieldType::String, 40, {}}}),
+            platform::geometry::ShapeType::Point, boundary->spatialReference());
+        {
+            geodatabase::InsertCursor insert = sites->insert();
+            // A low-discrepancy spread covers the box evenly without a random generator.
+            for (int i = 0; i < kSites; ++i) {
+                const double u = std::fmod(0.5 + i * 0.6180339887498949, 1.0);
+                const double v = (i + 0.5) / kSites;
+                geodatabase::Row row = sites->createRow();
+                row.setValue(2, "Demo school " + std::to_string(i + 1));
+                row.setShape(Geometry::point(
+                    {box.xmin() + u * box.width(), box.ymin() + v * box.height()}));
+                insert.insertRow(row);
+            }
+        }
+        const auto roads = workspace.createFeatureClass(
+            "user_roads", geodatabase::Fields({{"Name", FieldType::String, 40, {}}}),
+            platform::geometry::ShapeType::Polyline, boundary->spatialReference());
+        geodatabase::InsertCursor insert = roads->insert();
+        constexpr int kRoads = 6;
+        for (int i = 0; i < kRoads; ++i) {
+            const double y = box.ymin() + (i + 0.5) / kRoads * box.height();
+            geodatabase::Row row = roads->createRow();
+            row.setValue(2, "Demo road " + std::to_string(i + 1));
+            row.setShape(Geometry::polyline({{{box.xmin() - 0.05, y}, {box.xmax() + 0.05, y}}}));
+            insert.insertRow(row);
+        }
+        insert.flush();
+        return fs::absolute(file).string();
+    }
+
+    /// Imports the user's schools and roads by name, runs the analyses on their record sets
+    /// and draws school pga.
+    void importAndAnalyseInventory()
+    {
+        auto points = classes().create("Brevant.EqPoint");
+        auto lines = classes().create("Brevant.EqPolyLine");
+        platform::automation::setProperty(*points, "m_pMap", Variant(m_map));
+        const auto schoolCount = [&] {
+            return host::hostServices()
+                .createGisDataService()
+                ->OpenFeatureClass("hzSchool", m_regionFolder + "ef.mdb")
+                .objectAs<platform::geodatabase::FeatureClass>()
+                ->rowCount();
+        };
+        m_report["schools before import"] = schoolCount();
+        m_report["sites in the user's file"] = kSites;
+        std::string file;
+        timed("importing a user's schools and roads", [&] {
+            file = writeUserFiles();
+            call(*points, "ImportData", {Variant("hzSchool"), Variant(file), Variant("user_sites")});
+            call(*lines, "ImportData",
+                 {Variant("hzHighwaySegment"), Variant(file), Variant("user_roads")});
+        });
+        // The import says how many sites lay outside the region; the console has shown it.
+        const auto told = m_prompts->takeMessages();
+        m_report["import messages"] = json::array();
+        for (const auto& message : told) {
+            m_report["import messages"].push_back(message.text);
+        }
+        m_report["schools after import"] = schoolCount();
+        timed("analyses of the inventory by record set", [&] {
+            call(*points, "AnalyzeProbabilisticScenario",
+                 {Variant("SCHOOLS"), Variant(kReturnPeriod), Variant()});
+            std::vector<Variant> codes{Variant("PGAM"), Variant("SA10")};
+            call(*lines, "AnalyzeUserDefinedScenario",
+                 {Variant("HIGHWAYS"), Variant(VariantArray::of(codes)), Variant()});
+        });
+        timed("drawing school pga", [&] {
+            const std::string schools = "hzSchool";
+            double minimum = 0.0;
+            double maximum = 0.0;
+            host::hostServices().createGisDataService()->GetFieldRange("ef.mdb", schools, "pga",
+                                                                       minimum, maximum);
+            ArgList args;
+            const auto layer = newLayer([&] {
+                args = call(*points, "GenerateThematicMap",
+                            {Variant(schools), Variant(kSchoolDatabase), Variant(int16_t{2}),
+                             Variant("pga"), Variant(minimum), Variant(maximum)});
+            });
+            if (!layer) {
+                throw InputError("the school map was not drawn; see " + m_regionFolder +
+                                 "EqErrorLog.txt");
+            }
+            const auto features = schoolCount();
+            Page page{"School pga, " + std::to_string(kReturnPeriod) + "-year return period: " +
+                          layer->name(),
+                      "schools_pga_" + std::to_string(kReturnPeriod) + ".png", layer,
+                      {{"class", schools},
+                       {"field", "pga"},
+                       {"type", args[2].toInt32()},
+                       {"features", features},
+                       {"imported from", file},
+                       {"minimum", minimum},
+                       {"maximum", maximum}}};
+            renderPage(page);
         });
     }
 

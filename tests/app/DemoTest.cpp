@@ -113,12 +113,24 @@ TEST(Demo, DrawsEachClippedMapInItsClassColoursInsideTheRegion)
     const fs::path out = temp.path() / "demo";
     const auto run = test::runBrevant("demo --out " + out.string());
     ASSERT_EQ(run.status, 0) << run.out;
-    EXPECT_NE(run.out.find("6 maps in"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("7 maps in"), std::string::npos) << run.out;
 
     const json report = readJson(out / "demo.json");
     const fs::path host = report.at("host").get<std::string>();
     const fs::path region = host / "Regions" / report.at("region").get<std::string>();
-    ASSERT_EQ(report.at("maps").size(), 6u);
+    ASSERT_EQ(report.at("maps").size(), 7u);
+
+    // The user's sites outside the region are counted in the message and left out; all the
+    // others are stored.
+    ASSERT_EQ(report.at("import messages").size(), 1u);
+    const std::string told = report.at("import messages")[0].get<std::string>();
+    const std::string head = "There are ";
+    ASSERT_EQ(told.rfind(head, 0), 0u) << told;
+    const int outside = std::stoi(told.substr(head.size()));
+    EXPECT_GT(outside, 0);
+    EXPECT_EQ(report.at("schools after import").get<int>() -
+                  report.at("schools before import").get<int>(),
+              report.at("sites in the user's file").get<int>() - outside);
 
     int checked = 0;
     for (const auto& page : report.at("maps")) {
