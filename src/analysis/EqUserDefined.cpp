@@ -1,9 +1,9 @@
 #include "analysis/EqUserDefined.h"
 
 #include "analysis/AnalysisSupport.h"
-#include "analysis/EqProbabilistic.h"
 #include "context/EqUtilFunctions.h"
 #include "context/ErrorTrap.h"
+#include "context/TractPoints.h"
 #include "host/HostServices.h"
 #include "host/InventoryCatalogService.h"
 #include "host/UserMapRegistry.h"
@@ -159,7 +159,7 @@ void UpdatePointInvtForUserDefined(const std::string& databaseName, const std::s
             if (!detail::isTractTable(tableName)) {
                 return;
             }
-            RecreateTractHFT();
+            context::RecreateTractHFT();
             // Opened afresh, so the class sees the rows the rebuild inserted.
             featureClass = detail::openRegionClass(tableName, databaseName);
         }

@@ -66,7 +66,7 @@ void AnalyzeInvtUserDefinedScenario(std::string& tableName,
 bool OpenUserDefinedMaps(const platform::automation::Variant& vMapType);
 
 /// Analyses the point class `tableName` of RegionFolder + `databaseName`: an empty class is
-/// left alone unless it is "eqTract", which is rebuilt first (RecreateTractHFT); then the
+/// left alone unless it is "eqTract", which is rebuilt first (context::RecreateTractHFT); then the
 /// result fields are added (AddUDSFields), filled from the open maps and handed to
 /// GisUtilityService::UpdateAnalysisTable with the point flag set. Tag
 /// " UpdatePointInvtForUserDefined for " + table + " in " + database.
