@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/HazardCodes.h"
 #include "platform/automation/Variant.h"
 
 #include <array>
@@ -27,14 +28,9 @@ class FeatureClass;
 namespace brevant::analysis {
 
 /// A map type and the result field its map's value goes to.
-struct UserDefinedMapType {
-    std::string_view code;
-    std::string_view resultField;
-};
+using UserDefinedMapType = host::HazardResultField;
 
-/// The eleven map types in slot order: "PGAM" pga, "PGVM" pgv, "SA03" sa03, "SA10" sa10,
-/// "STGD" LqfSettlPGD, "LSGD" LqfSprPGD, "LFPR" LqfProb, "LDGD" LndPGD, "LDPR" LndProb,
-/// "SRGD" SufFltRuptPGD, "SRPR" SurfFltRuptProb.
+/// The eleven map types in slot order, those of host::hazardResultFields().
 const std::array<UserDefinedMapType, 11>& userDefinedMapTypes();
 
 /// The module state as the last analysis left it.
