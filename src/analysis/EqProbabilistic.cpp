@@ -63,7 +63,7 @@ std::shared_ptr<geodatabase::FeatureClass> openAnalysedClass(const std::string& 
     if (!detail::isTractTable(tableName)) {
         return nullptr;
     }
-    RecreateTractHFT();
+    context::RecreateTractHFT();
     // Opened afresh, so the class sees the rows the rebuild inserted.
     return detail::openRegionClass(tableName, databaseName);
 }
@@ -232,15 +232,6 @@ void UpdateProbFieldValues(geodatabase::FeatureClass& inventory,
             }
         }
         cursor.flush();
-    });
-}
-
-void RecreateTractHFT()
-{
-    context::runTrapped(" RecreateTractHFT", Procedure, [] {
-        const auto tracts = context::openServerTable("hztract");
-        const auto tractTable = detail::openRegionClass("eqTract", "RegionBndry.mdb");
-        context::appendTractPoints(*tracts, *tractTable);
     });
 }
 

@@ -48,7 +48,7 @@ void AnalyzeProbDefinedScenario(std::string& tableName, int16_t RetrunPeriod,
 void OpenProbabilisticMaps(int16_t RetrunPeriod);
 
 /// Analyses the point class `tableName` of RegionFolder + `databaseName`: an empty class is
-/// left alone unless it is "eqTract", which is rebuilt first (RecreateTractHFT); then the
+/// left alone unless it is "eqTract", which is rebuilt first (context::RecreateTractHFT); then the
 /// result fields are added and zeroed, filled from the open map and handed to
 /// GisUtilityService::UpdateAnalysisTable with the point flag set. Tag
 /// " UpdatePointInvtForProbabilistic " + table + " in " + database.
@@ -78,11 +78,5 @@ void AddField(platform::geodatabase::FeatureClass& featureClass, const std::stri
 /// " UpdateProbFieldValues".
 void UpdateProbFieldValues(platform::geodatabase::FeatureClass& inventory,
                            const platform::geodatabase::FeatureClass* usgs);
-
-/// Fills "eqTract" of RegionFolder + "RegionBndry.mdb" with one point per row of the server
-/// table "hztract" (X "CenLongit", Y "CenLat"; "Tract", "Latitude", "Longitude" copied) and
-/// sets the default site values "stype" "D", "lqfsuscat" "0", "lndsuscat" "0", "w_depth"
-/// "5.0" in every record. Tag " RecreateTractHFT".
-void RecreateTractHFT();
 
 } // namespace brevant::analysis

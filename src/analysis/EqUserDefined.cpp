@@ -1,9 +1,9 @@
 #include "analysis/EqUserDefined.h"
 
 #include "analysis/AnalysisSupport.h"
-#include "analysis/EqProbabilistic.h"
 #include "context/EqUtilFunctions.h"
 #include "context/ErrorTrap.h"
+#include "context/TractPoints.h"
 #include "host/HostServices.h"
 #include "host/InventoryCatalogService.h"
 #include "host/UserMapRegistry.h"
@@ -21,20 +21,6 @@ using platform::automation::LibraryCode::Procedure;
 
 namespace {
 
-constexpr std::array<UserDefinedMapType, 11> kMapTypes{{
-    {"PGAM", "pga"},
-    {"PGVM", "pgv"},
-    {"SA03", "sa03"},
-    {"SA10", "sa10"},
-    {"STGD", "LqfSettlPGD"},
-    {"LSGD", "LqfSprPGD"},
-    {"LFPR", "LqfProb"},
-    {"LDGD", "LndPGD"},
-    {"LDPR", "LndProb"},
-    {"SRGD", "SufFltRuptPGD"},
-    {"SRPR", "SurfFltRuptProb"},
-}};
-
 /// The order in which AddUDSFields adds the result fields (pgv before pga).
 constexpr std::array<const char*, 11> kFieldOrder{
     "pgv",     "pga",    "sa03",    "sa10",          "LqfSettlPGD",    "LqfSprPGD",
@@ -49,9 +35,10 @@ UserDefinedState& state()
 /// The slot of a code (compared exactly, as the host passes codes); -1 for an unknown code.
 int slotOf(std::string_view code)
 {
-    const auto found = std::find_if(kMapTypes.begin(), kMapTypes.end(),
+    const auto& types = host::hazardResultFields();
+    const auto found = std::find_if(types.begin(), types.end(),
                                     [code](const UserDefinedMapType& t) { return t.code == code; });
-    return found == kMapTypes.end() ? -1 : static_cast<int>(found - kMapTypes.begin());
+    return found == types.end() ? -1 : static_cast<int>(found - types.begin());
 }
 
 bool isShakingCode(std::string_view code)
@@ -83,7 +70,7 @@ void analyse(geodatabase::FeatureClass& featureClass)
 
 const std::array<UserDefinedMapType, 11>& userDefinedMapTypes()
 {
-    return kMapTypes;
+    return host::hazardResultFields();
 }
 
 const UserDefinedState& userDefinedState()
@@ -159,7 +146,7 @@ void UpdatePointInvtForUserDefined(const std::string& databaseName, const std::s
             if (!detail::isTractTable(tableName)) {
                 return;
             }
-            RecreateTractHFT();
+            context::RecreateTractHFT();
             // Opened afresh, so the class sees the rows the rebuild inserted.
             featureClass = detail::openRegionClass(tableName, databaseName);
         }
@@ -185,9 +172,10 @@ void UpdateLineInvtForUserDefined(const std::string& databaseName, const std::st
 void UpdateInvtUserdefinedScenario(geodatabase::FeatureClass& featureClass)
 {
     context::runTrapped(" UpdateInvtUserdefinedScenario", Procedure, [&] {
-        for (std::size_t slot = 0; slot < kMapTypes.size(); ++slot) {
+        const auto& types = host::hazardResultFields();
+        for (std::size_t slot = 0; slot < types.size(); ++slot) {
             if (const auto& map = state().maps[slot]) {
-                CalcUdsField(featureClass, *map, std::string(kMapTypes[slot].resultField));
+                CalcUdsField(featureClass, *map, std::string(types[slot].resultField));
             }
         }
     });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/HazardCodes.h"
 #include "platform/automation/Variant.h"
 
 #include <array>
@@ -27,14 +28,9 @@ class FeatureClass;
 namespace brevant::analysis {
 
 /// A map type and the result field its map's value goes to.
-struct UserDefinedMapType {
-    std::string_view code;
-    std::string_view resultField;
-};
+using UserDefinedMapType = host::HazardResultField;
 
-/// The eleven map types in slot order: "PGAM" pga, "PGVM" pgv, "SA03" sa03, "SA10" sa10,
-/// "STGD" LqfSettlPGD, "LSGD" LqfSprPGD, "LFPR" LqfProb, "LDGD" LndPGD, "LDPR" LndProb,
-/// "SRGD" SufFltRuptPGD, "SRPR" SurfFltRuptProb.
+/// The eleven map types in slot order, those of host::hazardResultFields().
 const std::array<UserDefinedMapType, 11>& userDefinedMapTypes();
 
 /// The module state as the last analysis left it.
@@ -66,7 +62,7 @@ void AnalyzeInvtUserDefinedScenario(std::string& tableName,
 bool OpenUserDefinedMaps(const platform::automation::Variant& vMapType);
 
 /// Analyses the point class `tableName` of RegionFolder + `databaseName`: an empty class is
-/// left alone unless it is "eqTract", which is rebuilt first (RecreateTractHFT); then the
+/// left alone unless it is "eqTract", which is rebuilt first (context::RecreateTractHFT); then the
 /// result fields are added (AddUDSFields), filled from the open maps and handed to
 /// GisUtilityService::UpdateAnalysisTable with the point flag set. Tag
 /// " UpdatePointInvtForUserDefined for " + table + " in " + database.

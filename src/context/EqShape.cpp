@@ -1,6 +1,7 @@
 #include "context/EqShape.h"
 
 #include "context/ContextObjects.h"
+#include "context/EqSimpleRenderer.h"
 #include "context/EqUtilFunctions.h"
 #include "context/ErrorTrap.h"
 #include "context/StudyRegionContext.h"
@@ -17,7 +18,6 @@
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/RelationshipClass.h"
 #include "platform/ui/UserPrompts.h"
-#include "thematic/EqSimpleRenderer.h"
 
 #include <array>
 
@@ -134,7 +134,7 @@ AddInventoryLayer(const std::shared_ptr<geodatabase::FeatureClass>& featureClass
         layer->setFeatureClass(featureClass);
         layer->setVisible(visible);
         layer->setName(layerName.empty() ? className : layerName);
-        thematic::CreateRendrer(*layer, className);
+        context::CreateRendrer(*layer, className);
         map.addLayer(layer);
         layer->setSelectable(selectable);
 

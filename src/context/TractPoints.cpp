@@ -2,6 +2,9 @@
 
 #include "context/ContextObjects.h"
 #include "context/EqUtilFunctions.h"
+#include "context/ErrorTrap.h"
+#include "context/StudyRegionContext.h"
+#include "platform/automation/ErrorNumbers.h"
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
 
@@ -37,6 +40,16 @@ void appendTractPoints(const geodatabase::Table& serverTracts, geodatabase::Feat
     UpdateFieldValue(eqTract, "lqfsuscat", "0", "");
     UpdateFieldValue(eqTract, "lndsuscat", "0", "");
     UpdateFieldValue(eqTract, "w_depth", "5.0", "");
+}
+
+void RecreateTractHFT()
+{
+    runTrapped(" RecreateTractHFT", platform::automation::LibraryCode::Procedure, [] {
+        const auto tracts = openServerTable("hztract");
+        const auto tractTable =
+            openFeatureClass("eqTract", studyRegionContext().RegionFolder + "RegionBndry.mdb");
+        appendTractPoints(*tracts, *tractTable);
+    });
 }
 
 } // namespace brevant::context

@@ -15,4 +15,9 @@ namespace brevant::context {
 void appendTractPoints(const platform::geodatabase::Table& serverTracts,
                        platform::geodatabase::FeatureClass& eqTract);
 
+/// Fills "eqTract" of RegionFolder + "RegionBndry.mdb" from the server table "hztract" as
+/// appendTractPoints does; the analyses and the data-map sync both rebuild an empty tract
+/// table this way. Tag " RecreateTractHFT".
+void RecreateTractHFT();
+
 } // namespace brevant::context

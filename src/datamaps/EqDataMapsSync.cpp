@@ -1,11 +1,11 @@
 // The site conditions of the inventory: how EqDataMaps keeps the stype, lqfsuscat, lndsuscat
 // and w_depth of every inventory record in step with the clipped data maps.
 
-#include "analysis/EqProbabilistic.h"
 #include "context/ContextObjects.h"
 #include "context/EqUtilFunctions.h"
 #include "context/ErrorTrap.h"
 #include "context/StudyRegionContext.h"
+#include "context/TractPoints.h"
 #include "datamaps/EqDataMaps.h"
 #include "host/GisDataService.h"
 #include "host/GisUtilityService.h"
@@ -355,7 +355,7 @@ void EqDataMaps::UpdatePointHazardFields(const std::string& databaseName,
                 m_log.write("Table  " + className + " is Empty");
                 return true;
             }
-            analysis::RecreateTractHFT();
+            context::RecreateTractHFT();
         }
         if (className != "eqGrid" && className != "eqTract") {
             m_log.write("Adding Fields to   " + className);

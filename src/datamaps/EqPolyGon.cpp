@@ -3,6 +3,7 @@
 #include "context/CandidateClass.h"
 #include "context/ContextObjects.h"
 #include "context/EqShape.h"
+#include "context/EqSimpleRenderer.h"
 #include "context/EqUtilFunctions.h"
 #include "context/ErrorTrap.h"
 #include "context/StudyRegionContext.h"
@@ -16,7 +17,6 @@
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/Workspace.h"
 #include "platform/ui/UserPrompts.h"
-#include "thematic/EqSimpleRenderer.h"
 #include "thematic/EqThematicMap.h"
 
 #include <algorithm>
@@ -165,7 +165,7 @@ void EqPolyGon::MapStudyregionBoundary()
         layer->setFeatureClass(openRegionClass("hzboundary"));
         layer->setVisible(true);
         layer->setName(std::string(kBoundaryLayer));
-        thematic::CreateRendrer(*layer, layer->name());
+        context::CreateRendrer(*layer, layer->name());
         map.addLayer(layer);
         layer->setSelectable(false);
     });

@@ -1,6 +1,7 @@
 // EqPolyGon: the maps of outside programs, plume footprints and the flood view.
 
 #include "context/ContextObjects.h"
+#include "context/EqSimpleRenderer.h"
 #include "context/EqUtilFunctions.h"
 #include "context/ErrorTrap.h"
 #include "context/StudyRegionContext.h"
@@ -14,7 +15,6 @@
 #include "platform/carto/Map.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/ui/UserPrompts.h"
-#include "thematic/EqSimpleRenderer.h"
 
 #include <filesystem>
 #include <optional>
@@ -47,7 +47,7 @@ void addOutsideLayer(std::shared_ptr<geodatabase::FeatureClass> featureClass,
     layer->setFeatureClass(std::move(featureClass));
     layer->setVisible(true);
     layer->setName(std::string(name));
-    thematic::CreateRendrer(*layer, layer->name());
+    context::CreateRendrer(*layer, layer->name());
     map.addLayer(layer);
     layer->setSelectable(true);
 }

@@ -59,4 +59,22 @@ std::optional<HazardCode> findHazardCode(std::string_view code)
     return std::nullopt;
 }
 
+const std::array<HazardResultField, 11>& hazardResultFields()
+{
+    static constexpr std::array<HazardResultField, 11> fields{{
+        {"PGAM", "pga"},
+        {"PGVM", "pgv"},
+        {"SA03", "sa03"},
+        {"SA10", "sa10"},
+        {"STGD", "LqfSettlPGD"},
+        {"LSGD", "LqfSprPGD"},
+        {"LFPR", "LqfProb"},
+        {"LDGD", "LndPGD"},
+        {"LDPR", "LndProb"},
+        {"SRGD", "SufFltRuptPGD"},
+        {"SRPR", "SurfFltRuptProb"},
+    }};
+    return fields;
+}
+
 } // namespace brevant::host

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,9 +39,20 @@ struct HazardCode {
     std::string letters = {};
 };
 
+/// A ground-motion code and the field of an analysed inventory that takes its map's value.
+struct HazardResultField {
+    std::string_view code;
+    std::string_view resultField;
+};
+
 /// All codes, site conditions first, in the order the maps are processed.
 const std::vector<HazardCode>& hazardCodes();
 /// The code, compared without regard to case; nullopt when it is not a hazard code.
 std::optional<HazardCode> findHazardCode(std::string_view code);
+/// The ground-motion codes and their result fields in the order an analysis fills them:
+/// "PGAM" pga, "PGVM" pgv, "SA03" sa03, "SA10" sa10, "STGD" LqfSettlPGD, "LSGD" LqfSprPGD,
+/// "LFPR" LqfProb, "LDGD" LndPGD, "LDPR" LndProb, "SRGD" SufFltRuptPGD, "SRPR"
+/// SurfFltRuptProb.
+const std::array<HazardResultField, 11>& hazardResultFields();
 
 } // namespace brevant::host

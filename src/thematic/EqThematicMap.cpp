@@ -2,6 +2,7 @@
 
 #include "context/ContextObjects.h"
 #include "context/EqShape.h"
+#include "context/EqSimpleRenderer.h"
 #include "context/EqUtilFunctions.h"
 #include "context/ErrorTrap.h"
 #include "host/GisDataService.h"
@@ -17,7 +18,6 @@
 #include "platform/carto/Map.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/ui/UserPrompts.h"
-#include "thematic/EqSimpleRenderer.h"
 
 #include <cmath>
 #include <cstdio>
@@ -34,6 +34,9 @@ namespace geodatabase = platform::geodatabase;
 using platform::automation::AutomationError;
 using platform::automation::Variant;
 namespace ErrorNumber = platform::automation::ErrorNumber;
+using context::GetColor;
+using context::GetMultiLineSymbol;
+using context::GetSimplePolygonSymbol;
 
 namespace {
 

@@ -1,5 +1,6 @@
 #include "host/local/LocalGisUtilityService.h"
 
+#include "host/HazardCodes.h"
 #include "host/local/HostErrors.h"
 #include "host/local/HostRoot.h"
 #include "host/local/RegionDatabase.h"
@@ -250,7 +251,7 @@ public:
             m_columns.push_back(field.name);
         }
         const auto codes = codesOf(mapTypes);
-        for (const auto& [code, field] : kResultFieldOfCode) {
+        for (const auto& [code, field] : hazardResultFields()) {
             const bool listed =
                 !codes || std::any_of(codes->begin(), codes->end(), [&](const std::string& c) {
                     return platform::automation::equalsIgnoreCase(c, code);
@@ -271,19 +272,6 @@ public:
     }
 
 private:
-    static constexpr std::array<std::pair<std::string_view, std::string_view>, 11>
-        kResultFieldOfCode{{{"PGAM", "pga"},
-                            {"PGVM", "pgv"},
-                            {"SA03", "sa03"},
-                            {"SA10", "sa10"},
-                            {"STGD", "LqfSettlPGD"},
-                            {"LSGD", "LqfSprPGD"},
-                            {"LFPR", "LqfProb"},
-                            {"LDGD", "LndPGD"},
-                            {"LDPR", "LndProb"},
-                            {"SRGD", "SufFltRuptPGD"},
-                            {"SRPR", "SurfFltRuptProb"}}};
-
     // The codes of a list (an array, a collection or one text); nullopt when none is given.
     static std::optional<std::vector<std::string>> codesOf(const Variant& mapTypes)
     {

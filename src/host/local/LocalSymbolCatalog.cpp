@@ -2,6 +2,7 @@
 
 #include "host/local/HostErrors.h"
 #include "host/local/HostRoot.h"
+#include "host/local/JsonEntryReader.h"
 #include "host/local/JsonFiles.h"
 #include "platform/automation/CaseInsensitive.h"
 
@@ -88,7 +89,7 @@ bool isPointLayer(const Layer& layer)
 }
 
 /// Reads one symbol entry, naming file, symbol and layer in every complaint.
-class SymbolParser {
+class SymbolParser : public JsonEntryReader {
 public:
     SymbolParser(const fs::path& file, std::string symbol)
         : m_file(file), m_symbol(std::move(symbol))
@@ -223,25 +224,6 @@ private:
         return out;
     }
 
-    void checkKeys(const json& item, std::initializer_list<std::string_view> allowed)
-    {
-        if (!item.is_object()) {
-            fail("must be a JSON object");
-        }
-        if (const auto problem = keyProblem(item, allowed)) {
-            fail(*problem);
-        }
-    }
-
-    std::string text(const json& item, const char* key)
-    {
-        const std::string* value = textAt(item, key);
-        if (!value) {
-            fail(std::string("needs \"") + key + "\" as a text");
-        }
-        return *value;
-    }
-
     double number(const json& item, const char* key, std::optional<double> fallback = {})
     {
         const auto found = item.find(key);
@@ -292,7 +274,7 @@ private:
         return value;
     }
 
-    [[noreturn]] void fail(const std::string& what) const
+    [[noreturn]] void fail(const std::string& what) const override
     {
         std::string subject = "symbol \"" + m_symbol + "\"";
         if (!m_where.empty()) {

@@ -2,6 +2,7 @@
 
 #include "host/local/HostErrors.h"
 #include "host/local/HostRoot.h"
+#include "host/local/JsonEntryReader.h"
 #include "host/local/JsonFiles.h"
 #include "platform/automation/VariantArray.h"
 
@@ -53,7 +54,9 @@ using UniqueValues = LocalThematicClassSettings::UniqueValues;
 using Settings = LocalThematicClassSettings::Settings;
 
 /// Reads classes.json, naming file and map type in every complaint.
-class SettingsParser {
+class SettingsParser : public JsonEntryReader {
+    static constexpr std::string_view kNotAnObject = "has an entry that is not a JSON object";
+
 public:
     explicit SettingsParser(const fs::path& file) : m_file(file) {}
 
@@ -66,7 +69,7 @@ public:
         out.file = m_file;
         for (const json& item : doc.at("mapTypes")) {
             m_where.clear();
-            checkKeys(item, {"type", "description", "classBreaks", "uniqueValues"});
+            checkKeys(item, {"type", "description", "classBreaks", "uniqueValues"}, kNotAnObject);
             const auto type = item.find("type");
             if (type == item.end() || !type->is_number_integer() || type->get<int64_t>() < 0 ||
                 type->get<int64_t>() > INT16_MAX) {
@@ -95,12 +98,12 @@ public:
 private:
     ClassBreaks classBreaks(const json& item)
     {
-        checkKeys(item, {"title", "singleColour", "classes"});
+        checkKeys(item, {"title", "singleColour", "classes"}, kNotAnObject);
         ClassBreaks out;
         out.title = text(item, "title");
         out.singleColour = colour(item, "singleColour");
         for (const json& entry : list(item, "classes")) {
-            checkKeys(entry, {"fraction", "colour"});
+            checkKeys(entry, {"fraction", "colour"}, kNotAnObject);
             const auto fraction = entry.find("fraction");
             if (fraction == entry.end() || !fraction->is_number() ||
                 fraction->get<double>() < 0.0 || fraction->get<double>() > 1.0) {
@@ -117,7 +120,7 @@ private:
 
     UniqueValues uniqueValues(const json& item)
     {
-        checkKeys(item, {"title", "fieldKind", "values"});
+        checkKeys(item, {"title", "fieldKind", "values"}, kNotAnObject);
         UniqueValues out;
         out.title = text(item, "title");
         out.fieldKind = text(item, "fieldKind");
@@ -126,7 +129,7 @@ private:
                  "\"; it is \"C\" (text field) or \"N\" (numeric field)");
         }
         for (const json& entry : list(item, "values")) {
-            checkKeys(entry, {"value", "label", "colour"});
+            checkKeys(entry, {"value", "label", "colour"}, kNotAnObject);
             const auto value = entry.find("value");
             Variant parsed;
             if (out.fieldKind == "C" && value != entry.end() && value->is_string()) {
@@ -166,25 +169,6 @@ private:
         return *found;
     }
 
-    void checkKeys(const json& item, std::initializer_list<std::string_view> allowed)
-    {
-        if (!item.is_object()) {
-            fail("has an entry that is not a JSON object");
-        }
-        if (const auto problem = keyProblem(item, allowed)) {
-            fail(*problem);
-        }
-    }
-
-    std::string text(const json& item, const char* key)
-    {
-        const std::string* value = textAt(item, key);
-        if (!value) {
-            fail(std::string("needs \"") + key + "\" as a text");
-        }
-        return *value;
-    }
-
     std::string colour(const json& item, const char* key)
     {
         const std::string value = text(item, key);
@@ -195,7 +179,7 @@ private:
         return value;
     }
 
-    [[noreturn]] void fail(const std::string& what) const
+    [[noreturn]] void fail(const std::string& what) const override
     {
         hostError(HostError::MalformedFile,
                   m_file.string() + ": " + (m_where.empty() ? "" : m_where + " ") + what);

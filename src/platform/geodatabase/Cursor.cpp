@@ -1,8 +1,8 @@
 #include "platform/geodatabase/Cursor.h"
 
+#include "gdal/CursorState.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/PlatformError.h"
-#include "platform/geodatabase/CursorState.h"
 #include "platform/geodatabase/Table.h"
 
 #include <sqlite3.h>

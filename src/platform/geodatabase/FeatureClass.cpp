@@ -1,6 +1,6 @@
 #include "platform/geodatabase/FeatureClass.h"
 
-#include "platform/geodatabase/StorageData.h"
+#include "gdal/StorageData.h"
 
 namespace brevant::platform::geodatabase {
 

@@ -1,9 +1,9 @@
 #include "platform/geodatabase/Reprojector.h"
 
+#include "gdal/GdalSupport.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/FeatureClass.h"
-#include "platform/geodatabase/GdalSupport.h"
 
 #include <ogr_spatialref.h>
 

@@ -1,11 +1,11 @@
 #include "platform/geodatabase/Table.h"
 
+#include "gdal/CursorState.h"
+#include "gdal/StorageData.h"
 #include "platform/automation/CaseInsensitive.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/Cursor.h"
-#include "platform/geodatabase/CursorState.h"
-#include "platform/geodatabase/StorageData.h"
 
 #include <string_view>
 

@@ -1,10 +1,10 @@
 #include "platform/geodatabase/Workspace.h"
 
+#include "gdal/StorageData.h"
 #include "platform/automation/CaseInsensitive.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/FeatureClass.h"
-#include "platform/geodatabase/StorageData.h"
 
 #include <utility>
 #include <array>

@@ -1,6 +1,6 @@
 #include "platform/geometry/FeatureIndex.h"
 
-#include "platform/geometry/GeosContext.h"
+#include "geos/GeosContext.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 #include "platform/geometry/Geometry.h"
 
+#include "geos/GeosContext.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/PlatformError.h"
-#include "platform/geometry/GeosContext.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "platform/geometry/PreparedGeometry.h"
 
-#include "platform/geometry/GeosContext.h"
+#include "geos/GeosContext.h"
 
 namespace brevant::platform::geometry {
 

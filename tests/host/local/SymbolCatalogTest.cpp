@@ -260,6 +260,7 @@ TEST_F(SymbolCatalogFile, EditingMistakesAreReportedWithSymbolAndLayer)
              {"type": "Cartographic Line Symbol", "colour": "0,0,0", "width": 1}])",
          "layer 2, mixes point and line layers"},
         {R"([{"type": "Simple Line Symbol"}])", "unknown type \"Simple Line Symbol\""},
+        {R"([5])", "layer 1, needs \"type\" as a text"},
         {R"([{"type": "Hash Line Symbol", "colour": "0,0,0", "width": 4}])",
          "needs a \"hash\" object"},
     };

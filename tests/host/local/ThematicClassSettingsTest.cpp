@@ -224,6 +224,11 @@ TEST_F(ClassSettingsFile, MissingAndMalformedFilesAreNamed)
         {R"([{"type": 2, "description": "first"}])", "needs \"classBreaks\", \"uniqueValues\""},
         {R"([{"type": 6, "uniqueValues": {"title": "t", "fieldKind": "C", "values": []}}])",
          "needs \"values\" as a list of at least one entry"},
+        {R"([{"type": 7, "uniqueValues": {"title": "t", "fieldKind": "C", "values": [5]}}])",
+         "map type 7 has an entry that is not a JSON object"},
+        {R"([{"type": 2, "classBreaks": {"title": 5, "singleColour": "1,2,3",
+              "classes": [{"fraction": 0.5, "colour": "1,2,3"}]}}])",
+         "map type 2 needs \"title\" as a text"},
     };
     for (const auto& [types, complaint] : cases) {
         SCOPED_TRACE(types);

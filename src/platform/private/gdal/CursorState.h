@@ -2,10 +2,10 @@
 
 // Private to the geodatabase layer: the state of an open cursor and the helpers that read rows.
 
-#include "platform/geodatabase/GdalSupport.h"
+#include "gdal/GdalSupport.h"
+#include "gdal/StorageData.h"
 #include "platform/geodatabase/QueryFilter.h"
 #include "platform/geodatabase/Row.h"
-#include "platform/geodatabase/StorageData.h"
 #include "platform/geodatabase/WhereClause.h"
 
 #include <memory>

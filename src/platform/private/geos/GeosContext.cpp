@@ -1,4 +1,4 @@
-#include "platform/geometry/GeosContext.h"
+#include "geos/GeosContext.h"
 
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/PlatformError.h"

@@ -26,7 +26,7 @@ class FeatureLayer;
 // " CreateRendrer", ...) and raised again with its number and source kept and that name as its
 // description, so each builder it climbs through adds a record and the calling procedure's
 // trap converts it to its own library code.
-namespace brevant::thematic {
+namespace brevant::context {
 
 /// Gives `layer` a new simple renderer with the symbol built for its shape type: the
 /// catalogue's multi-layer marker for points, its multi-layer line for polylines, the fixed
@@ -95,4 +95,4 @@ int16_t GetLineCap(const std::string& name);
 /// Join style of a name: "Miter" 0, "Round" 1, "Bevel" 2, anything else 0. Case matters.
 int16_t GetLineJoin(const std::string& name);
 
-} // namespace brevant::thematic
+} // namespace brevant::context

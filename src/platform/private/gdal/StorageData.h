@@ -2,8 +2,8 @@
 
 // Private to the geodatabase layer: the state behind Workspace, Table and Cursor handles.
 
+#include "gdal/GdalSupport.h"
 #include "platform/geodatabase/Fields.h"
-#include "platform/geodatabase/GdalSupport.h"
 #include "platform/geodatabase/Workspace.h"
 #include "platform/geometry/ShapeType.h"
 #include "platform/geometry/SpatialReference.h"

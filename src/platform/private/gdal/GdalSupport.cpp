@@ -1,4 +1,4 @@
-#include "platform/geodatabase/GdalSupport.h"
+#include "gdal/GdalSupport.h"
 
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/PlatformError.h"

@@ -1,4 +1,4 @@
-#include "thematic/EqSimpleRenderer.h"
+#include "context/EqSimpleRenderer.h"
 
 #include "context/ErrorTrap.h"
 #include "host/HostServices.h"
@@ -14,7 +14,7 @@
 #include <memory>
 #include <string_view>
 
-namespace brevant::thematic {
+namespace brevant::context {
 
 namespace carto = platform::carto;
 using platform::automation::AutomationError;
@@ -333,4 +333,4 @@ int16_t GetLineJoin(const std::string& name)
     });
 }
 
-} // namespace brevant::thematic
+} // namespace brevant::context

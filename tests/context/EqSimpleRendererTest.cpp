@@ -1,4 +1,4 @@
-#include "thematic/EqSimpleRenderer.h"
+#include "context/EqSimpleRenderer.h"
 
 #include "context/EqShape.h"
 #include "host/SymbolCatalog.h"
@@ -19,7 +19,7 @@
 #include <map>
 #include <vector>
 
-namespace brevant::thematic {
+namespace brevant::context {
 namespace {
 
 using test::raisedBy;
@@ -344,4 +344,4 @@ TEST_F(EqSimpleRendererLayers, AFailedBuildKeepsTheRendererAndPassesTheInnerCode
 }
 
 } // namespace
-} // namespace brevant::thematic
+} // namespace brevant::context
