@@ -4,6 +4,7 @@
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/SqlQuote.h"
+#include "platform/geodatabase/WhereClauseLexer.h"
 #include "platform/geodatabase/WhereClauseValue.h"
 
 #include <algorithm>
@@ -147,134 +148,34 @@ StaticType staticType(const Node& node)
 // ---------------------------------------------------------------------------------------------
 // Lexer and parser.
 
-enum class Tok { End, Number, String, Name, Symbol };
-
-struct Token {
-    Tok kind = Tok::End;
-    std::string text;
-    bool bracketed = false;
-    std::size_t position = 0;
-};
-
-bool isNameChar(char c)
-{
-    return std::isalnum(static_cast<unsigned char>(c)) || c == '_' ||
-           static_cast<unsigned char>(c) >= 0x80;
-}
-
 class Parser {
 public:
-    explicit Parser(std::string_view text) : m_text(text) { tokenize(); }
+    explicit Parser(std::string_view text) : m_text(text), m_tokens(tokenize(text)) {}
 
     NodePtr parseClause()
     {
         NodePtr root = parseOr();
-        if (peek().kind != Tok::End) {
+        if (peek().kind != TokenKind::End) {
             fail("unexpected " + describe(peek()), peek());
         }
         return root;
     }
 
 private:
-    [[noreturn]] void fail(const std::string& what, std::size_t position) const
-    {
-        const std::string where = position >= m_text.size()
-                                      ? "at the end"
-                                      : "at character " + std::to_string(position + 1);
-        throw PlatformError(automation::ErrorNumber::InvalidArgument, kSource,
-                            "invalid where clause \"" + std::string(m_text) + "\": " + what + " " +
-                                where);
-    }
     [[noreturn]] void fail(const std::string& what, const Token& token) const
     {
-        fail(what, token.position);
+        throwSyntaxError(m_text, what, token.position);
     }
 
     static std::string describe(const Token& token)
     {
         switch (token.kind) {
-        case Tok::End:
+        case TokenKind::End:
             return "end of clause";
-        case Tok::String:
+        case TokenKind::String:
             return "text '" + token.text + "'";
         default:
             return "'" + token.text + "'";
-        }
-    }
-
-    void tokenize()
-    {
-        std::size_t i = 0;
-        const std::string_view s = m_text;
-        while (true) {
-            while (i < s.size() && isSpace(s[i])) {
-                ++i;
-            }
-            Token token;
-            token.position = i;
-            if (i >= s.size()) {
-                m_tokens.push_back(token);
-                return;
-            }
-            const char c = s[i];
-            if (isDigit(c) || (c == '.' && i + 1 < s.size() && isDigit(s[i + 1]))) {
-                bool real = false;
-                const std::size_t length = numberPrefix(s, i, real);
-                token.kind = Tok::Number;
-                token.text = std::string(s.substr(i, length));
-                i += length;
-                if (i < s.size() && (isNameChar(s[i]) || s[i] == '.')) {
-                    fail("malformed number", token.position);
-                }
-            } else if (c == '\'' || c == '"') {
-                token.kind = Tok::String;
-                ++i;
-                while (true) {
-                    if (i >= s.size()) {
-                        fail("unterminated text", token.position);
-                    }
-                    if (s[i] == c) {
-                        if (i + 1 < s.size() && s[i + 1] == c) {
-                            token.text += c;
-                            i += 2;
-                            continue;
-                        }
-                        ++i;
-                        break;
-                    }
-                    token.text += s[i++];
-                }
-            } else if (c == '[') {
-                const std::size_t close = s.find(']', i + 1);
-                if (close == std::string_view::npos) {
-                    fail("unterminated [name]", token.position);
-                }
-                token.kind = Tok::Name;
-                token.bracketed = true;
-                token.text = std::string(s.substr(i + 1, close - i - 1));
-                if (token.text.empty()) {
-                    fail("empty []", token.position);
-                }
-                i = close + 1;
-            } else if (isNameChar(c)) {
-                token.kind = Tok::Name;
-                while (i < s.size() && isNameChar(s[i])) {
-                    token.text += s[i++];
-                }
-            } else {
-                token.kind = Tok::Symbol;
-                const std::string_view two = s.substr(i, 2);
-                if (two == "<>" || two == "<=" || two == ">=" || two == "!=") {
-                    token.text = std::string(two);
-                    i += 2;
-                } else if (std::string_view("=<>+-*/&(),.").find(c) != std::string_view::npos) {
-                    token.text = std::string(1, c);
-                    ++i;
-                } else {
-                    fail("unexpected '" + std::string(1, c) + "'", token.position);
-                }
-            }
-            m_tokens.push_back(std::move(token));
         }
     }
 
@@ -286,7 +187,8 @@ private:
 
     bool isKeyword(const Token& token, std::string_view keyword) const
     {
-        return token.kind == Tok::Name && !token.bracketed && equalsIgnoreCase(token.text, keyword);
+        return token.kind == TokenKind::Name && !token.bracketed &&
+               equalsIgnoreCase(token.text, keyword);
     }
     bool acceptKeyword(std::string_view keyword)
     {
@@ -304,7 +206,7 @@ private:
     }
     bool isSymbol(const Token& token, std::string_view symbol) const
     {
-        return token.kind == Tok::Symbol && token.text == symbol;
+        return token.kind == TokenKind::Symbol && token.text == symbol;
     }
     bool acceptSymbol(std::string_view symbol)
     {
@@ -495,7 +397,7 @@ private:
     {
         const Token& token = next();
         switch (token.kind) {
-        case Tok::Number: {
+        case TokenKind::Number: {
             NodePtr node = make(Kind::Literal);
             bool real = false;
             numberPrefix(token.text, 0, real);
@@ -503,21 +405,21 @@ private:
             node->sqlText = token.text;
             return node;
         }
-        case Tok::String: {
+        case TokenKind::String: {
             NodePtr node = make(Kind::Literal);
             node->value = token.text;
             return node;
         }
-        case Tok::Symbol:
+        case TokenKind::Symbol:
             if (token.text == "(") {
                 NodePtr inner = parseOr();
                 expectSymbol(")");
                 return inner;
             }
             fail("unexpected " + describe(token), token);
-        case Tok::End:
+        case TokenKind::End:
             fail("unexpected end of clause", token);
-        case Tok::Name:
+        case TokenKind::Name:
             break;
         }
         if (!token.bracketed) {
@@ -548,7 +450,7 @@ private:
         while (isSymbol(peek(), ".")) {
             ++m_index;
             const Token& part = next();
-            if (part.kind != Tok::Name) {
+            if (part.kind != TokenKind::Name) {
                 fail("expected a field name after '.' but found " + describe(part), part);
             }
             node->name = part.text;
