@@ -2,6 +2,7 @@
 
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/PlatformError.h"
+#include "platform/geodatabase/WhereClauseNode.h"
 #include "platform/geodatabase/WhereClauseValue.h"
 
 #include <cctype>
@@ -9,8 +10,6 @@
 namespace brevant::platform::geodatabase::whereclause {
 
 namespace {
-
-constexpr const char* kSource = "WhereClause";
 
 bool isNameChar(char c)
 {
