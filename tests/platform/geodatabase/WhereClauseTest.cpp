@@ -289,6 +289,17 @@ TEST(WhereClauseParse, FieldNamesAreListedOnceAsWritten)
     EXPECT_EQ(clause.fieldNames(), (std::vector<std::string>{"StateFips", "Tract"}));
 }
 
+TEST(WhereClauseParse, FieldNamesAreFoundInsideEveryConstruct)
+{
+    // Cursors check these names against the table before running the clause; a field missed
+    // in some construct would escape that check.
+    const WhereClause clause =
+        WhereClause::parse("Not (A Between B And -C) Or D Like E & 'x' Or F Not In (1, G * 2) "
+                           "Or Mid(H, I + 1) = J Or K Is Not Null");
+    EXPECT_EQ(clause.fieldNames(),
+              (std::vector<std::string>{"A", "B", "C", "D", "E", "F", "G", "H", "I", "J", "K"}));
+}
+
 TEST(WhereClauseParse, UnknownFieldNamesFieldAndClause)
 {
     const WhereClause clause = WhereClause::parse("Tract = '1' And Tracts = '2'");
