@@ -1,5 +1,6 @@
 #include "BrevantClasses.h"
 
+#include "context/ContextObjects.h"
 #include "context/EqShape.h"
 #include "context/InventoryRegionFixture.h"
 #include "context/StudyRegionContext.h"
@@ -24,6 +25,7 @@
 #include "platform/display/LayoutRenderer.h"
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
+#include "platform/geodatabase/RelationshipClass.h"
 #include "platform/geodatabase/Workspace.h"
 #include "platform/tabular/Connection.h"
 #include "platform/ui/ScriptedPrompts.h"
@@ -417,6 +419,41 @@ TEST_F(CustomMapFixture, TheQueryToolTableListsTheFocusMapsLayers)
               "Sites|0|Sites");
     EXPECT_EQ(sqlValue("SELECT DatabaseName FROM hzQueryTool WHERE LayerIndex = 1"),
               regionFolder() + "trn.mdb");
+}
+
+TEST_F(CustomMapFixture, JoinedLayersAreToldApartByWhereTheirTablesLie)
+{
+    executeSql(host::local::createTableStatement(*host::local::findServerTable("hzQueryTool")));
+    const auto schools = addPointInventory("hzSchool", {{"SC000001", -122.0, 37.5}}, "ef.mdb");
+    const auto relate = [&](const std::shared_ptr<geodatabase::Table>& origin) {
+        Variant result;
+        context::CreateRelateClass(Variant(schools), "SchoolId", Variant(origin), "SchoolId",
+                                   result);
+        return result.objectAs<geodatabase::RelationshipClass>();
+    };
+    const auto server = context::openServerTable("hzSchool");
+    auto joined = std::make_shared<carto::FeatureLayer>(schools);
+    joined->setName("Joined");
+    joined->displayRelationshipClass(relate(server));
+    auto related = std::make_shared<carto::FeatureLayer>(schools);
+    related->setName("Related");
+    related->addRelationshipClass(relate(server));
+    // A table outside the region folder is out of the query tool's reach.
+    auto outside = geodatabase::Workspace::createGeoPackage(root() / "outside.gpkg")
+                       .createTable("Extra", geodatabase::Fields({geodatabase::Field{"SchoolId"}}));
+    auto foreign = std::make_shared<carto::FeatureLayer>(schools);
+    foreign->setName("Foreign");
+    foreign->displayRelationshipClass(relate(outside));
+    m_map->addLayer(foreign);
+    m_map->addLayer(related);
+    m_map->addLayer(joined);
+
+    Variant application(m_application);
+    ArgList args{application};
+    call("UpdateQuerytoolTable", args);
+    EXPECT_EQ(sqlValue("SELECT group_concat(LayerName || ':' || LayerKind || ':' || "
+                       "JoinTableName, ' ') FROM (SELECT * FROM hzQueryTool ORDER BY LayerIndex)"),
+              "Joined:2:hzSchool Related:3:hzSchool");
 }
 
 TEST_F(CustomMapFixture, MembersFailThroughTheirTraps)
