@@ -68,7 +68,8 @@ constexpr double kCreditSize = 8.0;
 constexpr int kNorthArrowCharacter = 173;
 constexpr double kNorthArrowSize = 36.0;
 constexpr int kScaleBarDivisions = 10;
-constexpr const char* kCreditLine = "Map prepared with Brevant loss estimation";
+// Short enough to stay on the page from its point at size 8.
+constexpr const char* kCreditLine = "Brevant loss estimation";
 
 constexpr const char* kScenarioLayer = "Hazard Scenario Layer";
 constexpr const char* kMessageTitle = "KORVAL";

@@ -266,6 +266,13 @@ TEST_F(CustomMapFixture, TheLayoutPageCarriesEveryDecorationInItsPlace)
     EXPECT_LT(page.pixelColor(QPoint(int(upper.center().x()), int(upper.top()) + 0)).lightness(),
               200)
         << "the border line";
+    // The credit line ends before the page's edge.
+    const QRectF credit = renderer.toDevice({9.312454, 0.283248, 11.0, 0.4}, 50.0);
+    int inked = 0;
+    for (int y = int(credit.top()); y <= int(credit.bottom()); ++y) {
+        inked += page.pixelColor(page.width() - 2, y).lightness() < 200 ? 1 : 0;
+    }
+    EXPECT_EQ(inked, 0);
 }
 
 TEST_F(CustomMapFixture, ASecondLayoutReplacesTheFirstsDecorations)
