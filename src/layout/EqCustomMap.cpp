@@ -370,6 +370,7 @@ void EqCustomMap::MapScenario(int16_t& ImpScenId, std::string& EastWestRegion)
             return;
         }
         auto& data = context::contextGisDataService();
+        // The host's region maps 2 and 3 are the source faults of the east and west halves.
         const Variant source = data.GetBoundaryClass(sourceCode, 0, "");
         const auto target = context::openFeatureClass(
             className, context::studyRegionContext().ScenarioFolder + "SrScenario.mdb");

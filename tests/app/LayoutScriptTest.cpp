@@ -69,9 +69,10 @@ TEST(LayoutScript, RecordsetsSelectAndTheHostDocumentIsLaidOut)
 {"call": "cm.CreateLayoutView", "args": [{"ref": "app"}]}
 {"describe": "layout"}
 {"export-layout": ")" + png.string() + R"("}
+{"get": "app.PageLayout"}
 )");
-    ASSERT_EQ(results.size(), 10u);
-    for (std::size_t i : {0u, 1u, 2u, 3u, 4u, 5u, 7u, 8u, 9u}) {
+    ASSERT_EQ(results.size(), 11u);
+    for (std::size_t i : {0u, 1u, 2u, 3u, 4u, 5u, 7u, 8u, 9u, 10u}) {
         EXPECT_TRUE(results[i].at("ok").get<bool>()) << i << ": " << results[i].dump();
     }
     EXPECT_EQ(results[4].at("result").at("layers")[0].at("selectionCount"), schools);
@@ -101,6 +102,7 @@ TEST(LayoutScript, RecordsetsSelectAndTheHostDocumentIsLaidOut)
         EXPECT_NE(std::find(kinds.begin(), kinds.end(), kind), kinds.end()) << kind;
     }
     EXPECT_FALSE(QImage(QString::fromStdString(png.string())).isNull());
+    EXPECT_EQ(results[10].at("result").at("ref"), "layout") << "the application holds the page";
 }
 
 } // namespace
