@@ -42,9 +42,9 @@ namespace brevant::layout {
 
 namespace carto = platform::carto;
 namespace geodatabase = platform::geodatabase;
+using platform::automation::Variant;
 using platform::automation::LibraryCode::MapLayer;
 using platform::automation::LibraryCode::Procedure;
-using platform::automation::Variant;
 using platform::geometry::Envelope;
 using platform::geometry::Point;
 
@@ -260,8 +260,8 @@ void EqCustomMap::CreateLayoutView(Variant& vApplication)
         }
         arrow->setMarkerSymbol(
             carto::CharacterMarkerSymbol{{}, kNorthArrowCharacter, kNorthArrowSize, 0.0, {}});
-        AddLayoutSurround(carto::SurroundKind::ScaleLine, kScaleBarRect, "Scale Bar", map,
-                          *layout, surround);
+        AddLayoutSurround(carto::SurroundKind::ScaleLine, kScaleBarRect, "Scale Bar", map, *layout,
+                          surround);
         const auto scaleBar = std::dynamic_pointer_cast<carto::ScaleLine>(surround);
         if (!scaleBar) {
             context::throwObjectNotSet("scale bar");
@@ -320,8 +320,7 @@ void EqCustomMap::AddLayoutText(const Point& point, const std::string& text,
 }
 
 void EqCustomMap::AddLayoutSurround(carto::SurroundKind kind, const Envelope& rectangle,
-                                    const std::string& name,
-                                    const std::shared_ptr<carto::Map>& map,
+                                    const std::string& name, const std::shared_ptr<carto::Map>& map,
                                     carto::PageLayout& layout,
                                     std::shared_ptr<carto::MapSurround>& surround)
 {
@@ -375,8 +374,7 @@ void EqCustomMap::MapScenario(int16_t& ImpScenId, std::string& EastWestRegion)
         const auto target = context::openFeatureClass(
             className, context::studyRegionContext().ScenarioFolder + "SrScenario.mdb");
         target->deleteSearchedRows();
-        data.CopyFeatures(source, Variant(target),
-                          "eqScenarioId = " + std::to_string(ImpScenId));
+        data.CopyFeatures(source, Variant(target), "eqScenarioId = " + std::to_string(ImpScenId));
 
         auto layer = std::make_shared<carto::FeatureLayer>(target);
         layer->setName(kScenarioLayer);
@@ -440,8 +438,7 @@ void EqCustomMap::CreateCustomQuerytool()
                 continue;
             }
             utilities->WriteQueryToolRecord(i, layer->name(), record.kind, record.table,
-                                            record.database, record.joinTable,
-                                            record.joinDatabase);
+                                            record.database, record.joinTable, record.joinDatabase);
         }
     });
 }
@@ -471,8 +468,7 @@ void EqCustomMap::ApplySelection(int32_t LayerPos, const std::string& /*layerNam
 }
 
 void EqCustomMap::ApplySelectionForShapeFile(int32_t LayerPos, const std::string& /*layerName*/,
-                                             int32_t /*LayerType*/,
-                                             const std::string& whereClause)
+                                             int32_t /*LayerType*/, const std::string& whereClause)
 {
     context::runTrapped(" ApplySelectionForShapeFile", Procedure, [&] {
         const auto layer = featureLayerAt(LayerPos);

@@ -1,5 +1,6 @@
-#include "BrevantClasses.h"
+#include "layout/EqCustomMap.h"
 
+#include "BrevantClasses.h"
 #include "context/ContextObjects.h"
 #include "context/EqShape.h"
 #include "context/InventoryRegionFixture.h"
@@ -9,7 +10,6 @@
 #include "host/local/LocalScenarioService.h"
 #include "host/local/SchemaWriter.h"
 #include "host/local/Schemas.h"
-#include "layout/EqCustomMap.h"
 #include "layout/IdentifierClauses.h"
 #include "platform/automation/MemberTable.h"
 #include "platform/carto/FeatureLayer.h"
@@ -242,7 +242,8 @@ TEST_F(CustomMapFixture, TheLayoutPageCarriesEveryDecorationInItsPlace)
     expectBounds(*legend, {8.4, 1.62, 10.358086, 2.180128});
     expectBounds(*arrowFrame, {8.605166, 0.332259, 9.038293, 0.783432});
     expectBounds(*scaleFrame, {0.41984, 0.507418, 8.260148, 0.782565});
-    const auto arrow = std::dynamic_pointer_cast<carto::MarkerNorthArrow>(arrowFrame->mapSurround());
+    const auto arrow =
+        std::dynamic_pointer_cast<carto::MarkerNorthArrow>(arrowFrame->mapSurround());
     ASSERT_TRUE(arrow);
     const auto marker = std::get<carto::CharacterMarkerSymbol>(arrow->markerSymbol());
     EXPECT_EQ(marker.characterIndex, 173);
@@ -258,7 +259,8 @@ TEST_F(CustomMapFixture, TheLayoutPageCarriesEveryDecorationInItsPlace)
     // Drawn, the logo's red fills its rectangle and the upper frame's border is dark.
     const platform::display::LayoutRenderer renderer(*m_layout);
     const QImage page = renderer.render(50.0);
-    const QPointF logo = renderer.toDevice({9.577297, 0.516431, 10.372917, 0.914774}, 50.0).center();
+    const QPointF logo =
+        renderer.toDevice({9.577297, 0.516431, 10.372917, 0.914774}, 50.0).center();
     const QColor logoColour = page.pixelColor(logo.toPoint());
     EXPECT_GT(logoColour.red(), 150);
     EXPECT_LT(logoColour.green(), 60);
@@ -296,7 +298,8 @@ TEST_F(CustomMapFixture, AMissingLogoFailsOnlyThePicture)
         << error.description();
     EXPECT_TRUE(elementsOf<carto::PictureElement>().empty());
     EXPECT_EQ(texts().size(), 4u) << "the credit line came before the picture";
-    EXPECT_TRUE(surroundNamed("Legend") && surroundNamed("North Arrow") && surroundNamed("Scale Bar"));
+    EXPECT_TRUE(surroundNamed("Legend") && surroundNamed("North Arrow") &&
+                surroundNamed("Scale Bar"));
     EXPECT_EQ(elementsOf<carto::FrameElement>().size(), 2u);
     const std::string log = errorLog();
     EXPECT_NE(log.find(" AddBitMapPicture"), std::string::npos);

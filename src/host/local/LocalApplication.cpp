@@ -20,8 +20,7 @@ LocalApplication::LocalApplication(std::shared_ptr<platform::carto::Map> map,
         constexpr double kMargin = 0.5;
         auto frame = std::make_shared<platform::carto::MapFrame>(m_map);
         frame->setGeometry(platform::carto::rectangleShape(
-            {kMargin, kMargin, m_layout->pageWidth() - kMargin,
-             m_layout->pageHeight() - kMargin}));
+            {kMargin, kMargin, m_layout->pageWidth() - kMargin, m_layout->pageHeight() - kMargin}));
         m_layout->graphicsContainer().addElement(frame);
     }
 }
