@@ -33,6 +33,7 @@
 
 #include <QImage>
 #include <algorithm>
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 namespace brevant::layout {
@@ -275,6 +276,55 @@ TEST_F(CustomMapFixture, TheLayoutPageCarriesEveryDecorationInItsPlace)
         inked += page.pixelColor(page.width() - 2, y).lightness() < 200 ? 1 : 0;
     }
     EXPECT_EQ(inked, 0);
+}
+
+// The page as a PDF reader shows it: ink in every element's rectangle, the logo's red in its own.
+TEST_F(CustomMapFixture, ThePdfPageShowsEveryElementInItsRectangle)
+{
+    if (std::system("command -v pdftoppm > /dev/null 2>&1") != 0) {
+        GTEST_SKIP() << "pdftoppm is not installed";
+    }
+    addPointLayer("other.mdb", "Sites", 3);
+    layOut();
+    test::TempDir dir;
+    const platform::display::LayoutRenderer renderer(*m_layout);
+    renderer.exportPdf(dir.path() / "page.pdf");
+    const std::string command = "pdftoppm -png -r 50 -singlefile '" +
+                                (dir.path() / "page.pdf").string() + "' '" +
+                                (dir.path() / "page").string() + "' > /dev/null 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const QImage page(QString::fromStdString((dir.path() / "page.png").string()));
+    ASSERT_EQ(page.size(), QSize(550, 425));
+
+    const auto count = [&](const Envelope& rectangle, auto&& accept) {
+        const QRect pixels = renderer.toDevice(rectangle, 50.0).toAlignedRect() & page.rect();
+        int found = 0;
+        for (int y = pixels.top(); y <= pixels.bottom(); ++y) {
+            for (int x = pixels.left(); x <= pixels.right(); ++x) {
+                found += accept(page.pixelColor(x, y)) ? 1 : 0;
+            }
+        }
+        return found;
+    };
+    const auto dark = [](const QColor& c) { return c.lightness() < 128; };
+    const auto red = [](const QColor& c) { return c.red() > 150 && c.green() < 60; };
+    // Texts start at their points: a band to the right of and above each.
+    const auto textBand = [](double x, double y) { return Envelope(x, y, x + 1.2, y + 0.15); };
+    const std::vector<std::pair<std::string, Envelope>> inked = {
+        {"lower frame", {0.25572, 0.274436, 9.148418, 0.955942}},
+        {"upper frame", {0.25572, 7.356175, 10.72703, 8.253223}},
+        {"region title", textBand(0.427951, 7.905096)},
+        {"scenario title", textBand(0.427951, 7.482587)},
+        {"date", textBand(8.1, 1.335608)},
+        {"legend", {8.4, 1.62, 10.358086, 2.180128}},
+        {"north arrow", {8.605166, 0.332259, 9.038293, 0.783432}},
+        {"scale bar", {0.41984, 0.507418, 8.260148, 0.782565}},
+        {"credit line", textBand(9.312454, 0.283248)},
+    };
+    for (const auto& [name, rectangle] : inked) {
+        EXPECT_GT(count(rectangle, dark), 5) << name;
+    }
+    EXPECT_GT(count({9.62, 0.56, 10.33, 0.87}, red), 200) << "logo";
 }
 
 TEST_F(CustomMapFixture, ASecondLayoutReplacesTheFirstsDecorations)
