@@ -4,6 +4,9 @@
 #include "platform/automation/Collection.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/automation/VariantArray.h"
+#include "host/HostServices.h"
+#include "host/RegionContextService.h"
+#include "platform/tabular/Connection.h"
 
 namespace brevant::app {
 
@@ -69,6 +72,17 @@ Variant typedValue(const json& value, const ObjectLookup& lookup)
             }
         }
         return array;
+    }
+    if (kind == "recordset") {
+        if (!inner.is_string()) {
+            badArgument("\"recordset\" needs a query on the region database: " + value.dump());
+        }
+        // Read at once and detached: the records outlive the connection, as a host's are.
+        const auto connection = platform::tabular::Connection::connect(
+            host::hostServices().createRegionContextService()->GetRegionDatabaseName());
+        auto records = connection->open(inner.get<std::string>());
+        records->setActiveConnection(nullptr);
+        return records;
     }
     if (kind == "ref") {
         const auto name = inner.get<std::string>();

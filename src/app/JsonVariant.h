@@ -19,7 +19,9 @@ using ObjectNamer = std::function<std::string(const platform::automation::Automa
 /// Converts a script argument: strings, booleans and null as they are; numbers as doubles;
 /// {"i2": n}, {"i4": n}, {"r8": x}, {"date": "YYYY-MM-DD[ HH:MM:SS]"}, {"empty": true};
 /// {"collection": [...]}; arrays as zero-based one-dimensional arrays; {"array2": [[...], ...]}
-/// as a two-dimensional array of rows; {"ref": "name"} as an object made earlier. Throws
+/// as a two-dimensional array of rows; {"ref": "name"} as an object made earlier;
+/// {"recordset": "select ..."} as the read-only recordset of a query on the current region's
+/// tabular database (the database's error names a query it cannot run). Throws
 /// AutomationError 0x80070057 naming what it could not read.
 platform::automation::Variant variantFromJson(const nlohmann::ordered_json& value,
                                               const ObjectLookup& lookup);

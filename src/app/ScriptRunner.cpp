@@ -8,6 +8,7 @@
 #include "app/CartoJson.h"
 #include "host/HostServices.h"
 #include "host/local/JsonFiles.h"
+#include "host/local/LocalApplication.h"
 #include "host/RegionContextService.h"
 #include "host/GisDataService.h"
 #include "platform/carto/FeatureLayer.h"
@@ -71,8 +72,11 @@ ScriptRunner::ScriptRunner(const platform::automation::ClassRegistry& classes,
                            std::shared_ptr<platform::ui::ScriptedPrompts> prompts)
     : m_classes(classes), m_prompts(std::move(prompts))
 {
-    m_objects["map"] = std::make_shared<platform::carto::Map>();
-    m_objects["layout"] = std::make_shared<platform::carto::PageLayout>();
+    auto map = std::make_shared<platform::carto::Map>();
+    auto layout = std::make_shared<platform::carto::PageLayout>();
+    m_objects["app"] = std::make_shared<host::local::LocalApplication>(map, layout);
+    m_objects["map"] = std::move(map);
+    m_objects["layout"] = std::move(layout);
 }
 
 json ScriptRunner::execute(const json& statement)

@@ -32,8 +32,9 @@ namespace brevant::app {
 /// and answers each with one JSON object: {"ok": true, "result": ..., "byref": [...],
 /// "messages": [...]} or {"ok": false, "error": {"number", "hex", "source", "description"},
 /// "messages": [...]}. The names "map" and "layout" are the host document's map and page
-/// layout from the start; open names a class for later arguments; add-layer opens a class (its database relative to the current
-/// region's folder, or absolute) through the host and puts it on top of the map.
+/// layout from the start, and "app" the host application that holds them; open names a class
+/// for later arguments; add-layer opens a class (its database relative to the current region's
+/// folder, or absolute) through the host and puts it on top of the map.
 class ScriptRunner {
 public:
     ScriptRunner(const platform::automation::ClassRegistry& classes,

@@ -552,3 +552,37 @@ std::string LocalGisUtilityService::GetResultTableName(const std::string& tableN
 }
 
 } // namespace brevant::host::local
+
+namespace brevant::host::local {
+
+void LocalGisUtilityService::EmptyTable(const std::string& tableName)
+{
+    SqliteDatabase db(currentDatabasePath(m_root).string(), SqliteDatabase::Mode::ReadWrite);
+    if (columnsOf(db, tableName).empty()) {
+        hostError(HostError::UnknownKey,
+                  "the region database holds no table \"" + tableName + "\" to empty");
+    }
+    db.execute("DELETE FROM " + geodatabase::sqlQuoted(tableName, '"'));
+}
+
+void LocalGisUtilityService::WriteQueryToolRecord(int32_t layerIndex, const std::string& layerName,
+                                                  int16_t kind, const std::string& tableName,
+                                                  const std::string& databaseName,
+                                                  const std::string& joinTableName,
+                                                  const std::string& joinDatabaseName)
+{
+    SqliteDatabase db(currentDatabasePath(m_root).string(), SqliteDatabase::Mode::ReadWrite);
+    SqliteDatabase::Statement insert(
+        db, "INSERT OR REPLACE INTO hzQueryTool (LayerIndex, LayerName, LayerKind, TableName, "
+            "DatabaseName, JoinTableName, JoinDatabaseName) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)");
+    insert.bind(1, static_cast<int64_t>(layerIndex))
+        .bind(2, layerName)
+        .bind(3, static_cast<int64_t>(kind))
+        .bind(4, tableName)
+        .bind(5, databaseName)
+        .bind(6, joinTableName)
+        .bind(7, joinDatabaseName);
+    insert.step();
+}
+
+} // namespace brevant::host::local

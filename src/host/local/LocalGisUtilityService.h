@@ -83,6 +83,16 @@ public:
     std::string GetNextIdentifier() override;
     std::string GetRecordSetTableName(const std::string& recordSetId) override;
     std::string GetResultTableName(const std::string& tableName) override;
+    /// Deletes every row of a table of region.sqlite (named without regard to case); a name
+    /// that is no table is an UnknownKey host error.
+    void EmptyTable(const std::string& tableName) override;
+    /// Stores the record in the table hzQueryTool (LayerIndex, LayerName, LayerKind,
+    /// TableName, DatabaseName, JoinTableName, JoinDatabaseName), replacing the record of the
+    /// same layer index.
+    void WriteQueryToolRecord(int32_t layerIndex, const std::string& layerName, int16_t kind,
+                              const std::string& tableName, const std::string& databaseName,
+                              const std::string& joinTableName,
+                              const std::string& joinDatabaseName) override;
 
 private:
     static constexpr std::size_t kIdentifierDigits = 6;
