@@ -8,6 +8,8 @@
 #include "host/GisDataService.h"
 #include "host/HostServices.h"
 #include "host/RegionContextService.h"
+#include "host/RegionSettingsStore.h"
+#include "host/local/LocalApplication.h"
 #include "host/local/LocalHostServices.h"
 #include "host/sample/SampleHost.h"
 #include "platform/automation/CaseInsensitive.h"
@@ -46,7 +48,8 @@ liquefaction, landslide and ground-water maps to the study region and draws each
 the region's boundary and tracts; the user-defined (shake maps) and probabilistic (500-year)
 analyses fill the tract table, and EqPolyGon draws tract pga after each; EqPoint and EqPolyLine
 import a user's file of schools and roads, run the analyses by record set, and EqPoint draws
-school pga. Every map is written to
+school pga; EqCustomMap shows the region's first scenario fault and lays out the printable page
+of that map (DIR/layout.pdf and DIR/layout.png). Every map is written to
 DIR as a PNG page with its legend; DIR/demo.json lists them. DIR must be missing, empty or an
 earlier demo's folder (whose files are replaced). small (the default) takes seconds.
 )";
@@ -86,7 +89,8 @@ struct Page {
 /// The files an earlier demo wrote into `dir`, from its demo.json.
 std::vector<fs::path> earlierDemoFiles(const fs::path& dir)
 {
-    std::vector<fs::path> files{dir / "demo.json", dir / "host"};
+    std::vector<fs::path> files{dir / "demo.json", dir / "host", dir / "layout.png",
+                                dir / "layout.pdf"};
     std::ifstream in(dir / "demo.json");
     const json earlier = json::parse(in, nullptr, false);
     if (earlier.is_object() && earlier.contains("maps") && earlier.at("maps").is_array()) {
@@ -183,7 +187,8 @@ public:
             }
         });
         analyseTracts(*polygons);
-        importAndAnalyseInventory();
+        const auto schools = importAndAnalyseInventory();
+        layoutPage(schools);
         m_report["seconds"] = secondsSince(start);
         writeReport();
         printSummary(sample, secondsSince(start));
@@ -374,8 +379,8 @@ private:
     }
 
     /// Imports the user's schools and roads by name, runs the analyses on their record sets
-    /// and draws school pga.
-    void importAndAnalyseInventory()
+    /// and draws school pga; returns the school layer.
+    std::shared_ptr<carto::Layer> importAndAnalyseInventory()
     {
         auto points = classes().create("Brevant.EqPoint");
         auto lines = classes().create("Brevant.EqPolyLine");
@@ -410,6 +415,7 @@ private:
             call(*lines, "AnalyzeUserDefinedScenario",
                  {Variant("HIGHWAYS"), Variant(VariantArray::of(codes)), Variant()});
         });
+        std::shared_ptr<carto::Layer> schoolLayer;
         timed("drawing school pga", [&] {
             const std::string schools = "hzSchool";
             double minimum = 0.0;
@@ -438,6 +444,59 @@ private:
                        {"minimum", minimum},
                        {"maximum", maximum}}};
             renderPage(page);
+            schoolLayer = layer;
+        });
+        return schoolLayer;
+    }
+
+    /// The printable page of the last map, as a user makes it: picks the region's first
+    /// scenario, shows its fault, and has EqCustomMap lay out the page of the host's document.
+    void layoutPage(const std::shared_ptr<carto::Layer>& schools)
+    {
+        timed("the printable page", [&] {
+            const auto store = host::hostServices().createRegionSettingsStore();
+            auto& settings = *store;
+            std::string half = settings.ReadString("GENERAL", "EorW");
+            const std::string scenarioDatabase =
+                host::hostServices().createRegionContextService()->GetScenarioFolder() +
+                "SrScenario.mdb";
+            const auto faults = host::hostServices()
+                                    .createGisDataService()
+                                    ->OpenFeatureClass(half == "E" ? "eqSrEastFault"
+                                                                   : "eqSrWestFault",
+                                                       scenarioDatabase)
+                                    .objectAs<platform::geodatabase::FeatureClass>();
+            int16_t scenario = 0;
+            {
+                // Released before MapScenario writes into the same database.
+                platform::geodatabase::Cursor cursor = faults->search();
+                platform::geodatabase::Row first;
+                if (!cursor.next(first)) {
+                    throw InputError("the sample host holds no scenario fault in " +
+                                     scenarioDatabase);
+                }
+                scenario = static_cast<int16_t>(
+                    first.value(faults->findField("eqScenarioId")).toInt32());
+            }
+            settings.WriteInt32("PESH", "ScenarioID", scenario);
+
+            auto customMap = classes().create("Brevant.EqCustomMap");
+            call(*customMap, "MapScenario", {Variant(scenario), Variant(half)});
+            for (const auto& layer : m_map->layers()) {
+                layer->setVisible(layer == schools || layer->name() == kBoundaryLayer ||
+                                  layer->name() == "Hazard Scenario Layer");
+            }
+            const auto layout = std::make_shared<carto::PageLayout>();
+            const auto application = std::make_shared<host::local::LocalApplication>(m_map, layout);
+            call(*customMap, "CreateLayoutView", {Variant(application)});
+
+            const platform::display::LayoutRenderer renderer(*layout);
+            renderer.exportPng(m_dir / "layout.png", kDotsPerInch);
+            renderer.exportPdf(m_dir / "layout.pdf");
+            m_report["layout"] = {{"png", "layout.png"},
+                                  {"pdf", "layout.pdf"},
+                                  {"scenario", scenario},
+                                  {"elements", layout->graphicsContainer().elements().size()}};
         });
     }
 
@@ -498,6 +557,8 @@ private:
                   << map.at("layer").get<std::string>() << ", " << map.at("features")
                   << " features\n";
         }
+        m_out << "  layout.pdf, layout.png: the printable page of the last map, scenario "
+              << m_report.at("layout").at("scenario") << '\n';
         m_out << "demo: " << m_report.at("maps").size() << " maps in " << fs::absolute(m_dir)
               << ", logs in " << m_regionFolder << " (" << fixed(seconds) << " s)\n";
     }

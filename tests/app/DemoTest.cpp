@@ -3,6 +3,7 @@
 
 #include <QColor>
 #include <QImage>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <cpl_error.h>
@@ -131,6 +132,27 @@ TEST(Demo, DrawsEachClippedMapInItsClassColoursInsideTheRegion)
     EXPECT_EQ(report.at("schools after import").get<int>() -
                   report.at("schools before import").get<int>(),
               report.at("sites in the user's file").get<int>() - outside);
+
+    // The printable page of the last map names the region and the scenario the demo chose.
+    const json& layout = report.at("layout");
+    EXPECT_GT(layout.at("scenario").get<int>(), 0);
+    const QImage page(QString::fromStdString((out / "layout.png").string()));
+    EXPECT_FALSE(page.isNull());
+    EXPECT_GT(page.width(), page.height()) << "a landscape page";
+    const fs::path text = temp.path() / "layout.txt";
+    ASSERT_EQ(std::system(("pdftotext '" + (out / "layout.pdf").string() + "' '" +
+                           text.string() + "'")
+                              .c_str()),
+              0);
+    const std::string words = textOf(text);
+    // The text extraction keeps one blank of the titles' runs of blanks.
+    EXPECT_NE(words.find("Study Region new : " + report.at("region").get<std::string>()),
+              std::string::npos)
+        << words;
+    EXPECT_NE(words.find("Hazard Scenario : Scenario " +
+                         std::to_string(layout.at("scenario").get<int>())),
+              std::string::npos)
+        << words;
 
     int checked = 0;
     for (const auto& page : report.at("maps")) {
