@@ -125,6 +125,16 @@ TEST_F(ScenarioExchange, ASourceScenarioTravelsWithItsFaultUnderANewNumber)
               5);
     const std::vector<std::pair<int, double>> expected{{3, -122.0}, {4, -121.0}, {5, -122.0}};
     EXPECT_EQ(westernFaults(), expected);
+    const auto faults =
+        geodatabase::Workspace::open(m_scenarios).openFeatureClass("eqSrWestFault");
+    const auto shapeOf = [&](int id) {
+        geodatabase::Cursor cursor =
+            faults->search(geodatabase::QueryFilter::where("eqScenarioId = " + std::to_string(id)));
+        geodatabase::Row row;
+        EXPECT_TRUE(cursor.next(row));
+        return row.shape();
+    };
+    EXPECT_TRUE(shapeOf(5).equalsExact(shapeOf(3)));
 }
 
 TEST_F(ScenarioExchange, OtherScenarioTypesMoveTheirRecordOnly)
