@@ -5,6 +5,7 @@
 #include "platform/carto/GroupLayer.h"
 #include "platform/carto/Map.h"
 #include "platform/carto/RasterLayer.h"
+#include "platform/ui/DialogScript.h"
 #include "platform/ui/qt/ModalWindow.h"
 #include "support/HostFixture.h"
 
@@ -284,6 +285,33 @@ TEST_F(LayerControl, TheCloseBoxHidesTheWindowWhichKeepsItsList)
     EXPECT_FALSE(m_form->isVisible());
     m_form->show();
     EXPECT_EQ(list().currentRow(), 1);
+}
+
+TEST_F(LayerControl, LayerPropertiesOpenInTheirOwnWindow)
+{
+    auto script = std::make_shared<platform::ui::DialogScript>();
+    platform::ui::installDialogScript(script);
+    const auto roads = featureLayer("Roads");
+    roads->setMaximumScale(25000);
+    const auto map = mapOf({roads});
+    m_form->CreateLayerList(map);
+    map->clearRefreshes();
+    platform::ui::DialogAction read;
+    read.kind = platform::ui::DialogAction::Kind::Read;
+    read.name = "lblScaleRange";
+    platform::ui::DialogAction ok;
+    ok.kind = platform::ui::DialogAction::Kind::Press;
+    ok.name = "cmdOK";
+    script->queue({read, ok});
+    m_form->ShowLayerProperties();
+    const auto reports = script->takeReports();
+    platform::ui::installDialogScript(nullptr);
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0].caption, "Layer Roads Properties");
+    ASSERT_EQ(reports[0].values.size(), 1u);
+    EXPECT_EQ(reports[0].values[0].text, "1:0 to 1:25000");
+    EXPECT_EQ(reports[0].closed, "accepted");
+    EXPECT_FALSE(map->refreshes().empty()) << "confirming redraws the view";
 }
 
 } // namespace

@@ -127,11 +127,14 @@ private:
 
     display::MapWidget& mapWidget() const
     {
-        auto* map = m_window.findChild<display::MapWidget*>();
-        if (map == nullptr || !map->map()) {
-            throw ActionRefused(m_report.form + " shows no map");
+        // MapWidget has no meta-object of its own, so findChild<MapWidget*> would match any
+        // widget.
+        for (auto* widget : m_window.findChildren<QWidget*>()) {
+            if (auto* map = dynamic_cast<display::MapWidget*>(widget); map && map->map()) {
+                return *map;
+            }
         }
-        return *map;
+        throw ActionRefused(m_report.form + " shows no map");
     }
 
     QPoint pixelOf(display::MapWidget& map, double x, double y) const
