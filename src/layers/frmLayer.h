@@ -46,6 +46,12 @@ public:
     /// A window of the selected layer's name, source, visibility, scale range and renderer,
     /// titled "Layer NAME Properties"; confirming it refreshes the view.
     void ShowLayerProperties();
+    /// Asks for a data set in the "Select Data" file dialog and adds a layer per feature class
+    /// in it (a shapefile is one class; a geodatabase gives all of its classes): areas first,
+    /// then lines, then points, so points end on top. Then names every map layer below the
+    /// top one in a message box, and moves a hazard-selection layer to the top. Cancel adds
+    /// nothing.
+    void AddData();
     /// Shows the window modally (see ui::qt::runModalWindow) and returns once it is hidden.
     void showModal();
 

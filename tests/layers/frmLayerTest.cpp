@@ -5,7 +5,10 @@
 #include "platform/carto/GroupLayer.h"
 #include "platform/carto/Map.h"
 #include "platform/carto/RasterLayer.h"
+#include "platform/geodatabase/Fields.h"
+#include "platform/geodatabase/Workspace.h"
 #include "platform/ui/DialogScript.h"
+#include "platform/ui/ScriptedPrompts.h"
 #include "platform/ui/qt/ModalWindow.h"
 #include "support/HostFixture.h"
 
@@ -312,6 +315,46 @@ TEST_F(LayerControl, LayerPropertiesOpenInTheirOwnWindow)
     EXPECT_EQ(reports[0].values[0].text, "1:0 to 1:25000");
     EXPECT_EQ(reports[0].closed, "accepted");
     EXPECT_FALSE(map->refreshes().empty()) << "confirming redraws the view";
+}
+
+// Points end on top of lines and lines on top of areas, whatever order the data set keeps;
+// the hazard-selection layer goes to the very top.
+TEST_F(LayerControl, AddDataStacksAreasLinesAndPointsAndNamesTheLayers)
+{
+    namespace gdb = platform::geodatabase;
+    using platform::geometry::ShapeType;
+    const auto path = root() / "added.gpkg";
+    {
+        auto workspace = gdb::Workspace::createGeoPackage(path);
+        const gdb::Fields none;
+        workspace.createFeatureClass("Sites", none, ShapeType::Point);
+        workspace.createFeatureClass("Tracts", none, ShapeType::Polygon);
+        workspace.createFeatureClass("HazardSelection", none, ShapeType::Polygon);
+        workspace.createFeatureClass("Roads", none, ShapeType::Polyline);
+        workspace.createTable("Notes", gdb::Fields({{"Text", gdb::FieldType::String, 20, {}}}));
+    }
+    auto prompts = std::make_shared<platform::ui::ScriptedPrompts>();
+    platform::ui::installUserPrompts(prompts);
+    const auto map = std::make_shared<carto::Map>();
+    m_form->CreateLayerList(map);
+
+    prompts->queueAnswer("Cancel");
+    m_form->AddData();
+    EXPECT_EQ(map->layerCount(), 0);
+
+    prompts->queueAnswer(path.string());
+    m_form->AddData();
+    ASSERT_EQ(prompts->fileDialogs().size(), 2u);
+    EXPECT_EQ(prompts->fileDialogs()[1].title, "Select Data");
+    EXPECT_EQ(namesOnMap(*map),
+              (std::vector<std::string>{"HazardSelection", "Sites", "Roads", "Tracts"}));
+    std::vector<std::string> shown;
+    for (const auto& message : prompts->takeMessages()) {
+        shown.push_back(message.text);
+    }
+    EXPECT_EQ(shown, (std::vector<std::string>{"Roads", "HazardSelection", "Tracts"}));
+    EXPECT_EQ(listed(), (std::vector<std::string>{"Sites", "Roads", "Tracts"}));
+    platform::ui::installUserPrompts(nullptr);
 }
 
 } // namespace
