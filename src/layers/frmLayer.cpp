@@ -133,8 +133,6 @@ frmLayer::frmLayer(QWidget* parent) : QDialog(parent)
     setObjectName("frmLayer");
     setWindowTitle("Layer Control");
     buildControls();
-    // Form_Load fills the symbology style lists; the symbology pages are not part of this
-    // window yet, so there is nothing else to load.
 }
 
 frmLayer::~frmLayer()
@@ -199,6 +197,7 @@ void frmLayer::buildControls()
     Frame1 = new QGroupBox("Symbology", this);
     Frame1->setObjectName("Frame1");
     layout->addWidget(Frame1);
+    buildSymbologyPages();
 
     mnuLayerPopup = new QMenu("Layer Popup", this);
     mnuLayerPopup->setObjectName("mnuLayerPopup");
@@ -344,6 +343,9 @@ void frmLayer::EnableLayerControls(bool flag)
         lstLayers->setEnabled(flag);
         chkVisible->setChecked(false);
         chkSelectable->setChecked(false);
+        EnablePointControls(flag);
+        EnablePolylineControls(flag);
+        EnablePolygonControls(flag);
         if (flag) {
             lstLayers->setCurrentRow(0);
         }
@@ -398,8 +400,8 @@ void frmLayer::UpdateLayersInterface()
         const bool maintained = isProtectedName(layer->name());
         chkVisible->setEnabled(!maintained);
         chkSelectable->setEnabled(!maintained);
-        // The symbology page would be filled here with the refresh flag cleared.
         m_refresh = false;
+        ShowSymbologyProperties(layer);
         m_refresh = true;
     });
 }

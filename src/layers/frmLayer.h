@@ -6,6 +6,7 @@
 #include <string>
 
 class QAction;
+class QComboBox;
 class QCheckBox;
 class QGroupBox;
 class QLabel;
@@ -58,6 +59,8 @@ public:
     /// Set once a "HazardSelection" layer has been met while listing.
     bool hazardSelectionListed() const { return m_hazardSelection; }
     bool refreshFlag() const { return m_refresh; }
+    /// The index of the symbology page shown, or -1.
+    int symbologyPage() const { return m_page; }
     /// The layer listed on `line`, or null.
     std::shared_ptr<platform::carto::Layer> listedLayer(int line) const;
 
@@ -94,6 +97,31 @@ private:
     void mnuVisible_Click();
     void mnuLabel_Click();
     void onViewEvent(const platform::carto::ViewEvent& event);
+
+    // Symbology: one page per kind of layer; the geometry pages edit a simple symbol.
+    struct SymbolFlags {
+        bool simpleRenderer = true;
+        bool simpleSymbol = true;
+    };
+    void buildSymbologyPages();
+    void ShowSymbologyProperties(const std::shared_ptr<platform::carto::Layer>& layer);
+    SymbolFlags ShowPointProperties(const std::shared_ptr<platform::carto::Layer>& layer);
+    SymbolFlags ShowPolylineProperties(const std::shared_ptr<platform::carto::Layer>& layer);
+    SymbolFlags ShowPolygonProperties(const std::shared_ptr<platform::carto::Layer>& layer);
+    void EnablePointControls(bool flag);
+    void EnablePolylineControls(bool flag);
+    void EnablePolygonControls(bool flag);
+    void cboPtStyle_Click();
+    void cboPolylineStyle_Click();
+    void cboPolyStyle_Click();
+    void picPt_Click();
+    void picPolyline_Click();
+    void picPolyColor_Click();
+    void picPolyOutline_Click();
+    void txtPtSize_Change();
+    void txtPolylineWidth_Change();
+    void txtPolyOutlineWidth_Change();
+    void refreshIfSet();
     void updateMenuMarks();
 
     std::shared_ptr<platform::carto::Map> m_map;
@@ -119,6 +147,19 @@ private:
     QLineEdit* txtMin = nullptr;
     QLineEdit* txtMax = nullptr;
     QGroupBox* Frame1 = nullptr;
+    /// Pages by index (5 is not used); -1 while none has been shown.
+    std::map<int, QWidget*> fraDisplayPage;
+    int m_page = -1;
+    QComboBox* cboPtStyle = nullptr;
+    QPushButton* picPt = nullptr;
+    QLineEdit* txtPtSize = nullptr;
+    QComboBox* cboPolylineStyle = nullptr;
+    QPushButton* picPolyline = nullptr;
+    QLineEdit* txtPolylineWidth = nullptr;
+    QComboBox* cboPolyStyle = nullptr;
+    QPushButton* picPolyColor = nullptr;
+    QPushButton* picPolyOutline = nullptr;
+    QLineEdit* txtPolyOutlineWidth = nullptr;
     QMenu* mnuLayerPopup = nullptr;
     QAction* mnuRemoveLayer = nullptr;
     QAction* mnuSep1 = nullptr;

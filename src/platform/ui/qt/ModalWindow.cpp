@@ -355,6 +355,10 @@ private:
         } else {
             throw ActionRefused(name + " cannot be read");
         }
+        // A control that shows its value other than as text (a colour box) names it here.
+        if (const QVariant value = object.property("value"); value.isValid()) {
+            reading.text = value.toString().toStdString();
+        }
         m_report.values.push_back(std::move(reading));
     }
 
