@@ -119,6 +119,33 @@ TEST_F(LayerControlScript, BadActionsAreReportedAndChangeNothing)
     }
 }
 
+// Restyling through the symbology page: a style, a colour from the queued colour answer, a
+// width; the map described afterwards carries them.
+TEST_F(LayerControlScript, RestylesTheSelectedLayer)
+{
+    const auto results = runScript(root(), std::string(kLayers) + R"js(
+{"dialog": [{"select": ["lstLayers", 3]}, {"choose": ["cboPolyStyle", "Hollow"]}, {"colour": [255, 0, 0]}, {"press": "picPolyOutline"}, {"text": ["txtPolyOutlineWidth", "2.5"]}, {"read": "picPolyOutline"}, {"read": "fraDisplayPage(2)"}, {"select": ["lstLayers", 0]}, {"choose": ["cboPtStyle", 7]}]}
+{"show": "layers"}
+{"describe": "map"}
+)js");
+    ASSERT_EQ(results.size(), 7u);
+    const json& window = results[5].at("dialogs")[0];
+    const json& actions = window.at("actions");
+    ASSERT_EQ(actions.size(), 9u) << window.dump();
+    for (std::size_t i = 0; i < 8; ++i) {
+        EXPECT_TRUE(actions[i].at("ok").get<bool>()) << actions[i].dump();
+    }
+    EXPECT_EQ(actions[8].at("error"), "cboPtStyle has no entry 7");
+    EXPECT_EQ(window.at("values")[0].at("text"), "255,000,000");
+
+    const json& tracts = results[6].at("result").at("layers")[3];
+    ASSERT_EQ(tracts.at("name"), "Tracts");
+    const json& symbol = tracts.at("renderer").at("symbol");
+    EXPECT_EQ(symbol.at("style"), 1);
+    EXPECT_EQ(symbol.at("outline").at("color"), json::array({255, 0, 0}));
+    EXPECT_EQ(symbol.at("outline").at("width"), 2.0);
+}
+
 // The window keeps its state between showings, and a second showing without actions closes
 // at once because nobody can answer.
 TEST_F(LayerControlScript, AWindowWithoutActionsClosesAtOnce)
