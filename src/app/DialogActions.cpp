@@ -193,7 +193,8 @@ json dialogReportToJson(const platform::ui::DialogReport& report)
                 {"caption", report.caption},
                 {"actions", actions},
                 {"values", values},
-                {"closed", report.closed}};
+                {"closed", report.closed},
+                {"platform", report.platform}};
 }
 
 } // namespace brevant::app

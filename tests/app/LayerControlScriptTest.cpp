@@ -3,6 +3,8 @@
 #include "support/HostFixture.h"
 
 #include <QImage>
+#include <cstdlib>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -157,6 +159,36 @@ TEST_F(LayerControlScript, AWindowWithoutActionsClosesAtOnce)
     const json& window = results[4].at("dialogs")[0];
     EXPECT_TRUE(window.at("actions").empty());
     EXPECT_EQ(window.at("closed"), "close box: the actions ran out");
+}
+
+// On an X display the window is a real X11 window, and the report says so.
+TEST_F(LayerControlScript, OpensAsAnX11WindowUnderXvfb)
+{
+    if (std::system("command -v xvfb-run > /dev/null 2>&1") != 0) {
+        GTEST_SKIP() << "xvfb-run is not installed";
+    }
+    const fs::path script = m_dir.path() / "layers.jsonl";
+    const fs::path png = m_dir.path() / "x11.png";
+    const fs::path out = m_dir.path() / "out.jsonl";
+    {
+        std::ofstream lines(script);
+        lines << kLayers << R"({"dialog": [{"screenshot": ")" << png.string() << R"("}]})" << '\n'
+              << R"({"show": "layers"})" << '\n';
+    }
+    const std::string command = "env -u QT_QPA_PLATFORM xvfb-run -a '" +
+                                std::string(BREVANT_EXECUTABLE) + "' script --host '" +
+                                root().string() + "' '" + script.string() + "' > '" +
+                                out.string() + "' 2> /dev/null";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    std::ifstream in(out);
+    std::string line;
+    json shown;
+    while (std::getline(in, line)) {
+        shown = json::parse(line);
+    }
+    ASSERT_TRUE(shown.contains("dialogs")) << shown.dump();
+    EXPECT_EQ(shown.at("dialogs")[0].at("platform"), "xcb");
+    EXPECT_FALSE(QImage(QString::fromStdString(png.string())).isNull());
 }
 
 } // namespace

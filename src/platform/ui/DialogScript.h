@@ -65,6 +65,8 @@ struct DialogReport {
     std::vector<ActionOutcome> actions;
     std::vector<ControlReading> values;
     std::string closed;
+    /// The Qt platform the window ran on ("xcb" on an X display, "offscreen" without one).
+    std::string platform;
 };
 
 /// The actions queued for the windows the library shows, and the reports of the windows shown.

@@ -372,6 +372,7 @@ void runScripted(QWidget& window, const std::string& form, DialogScript* script)
     DialogScript none;
     DialogScript& actions = script ? *script : none;
     DialogReport report{form, window.windowTitle().toStdString()};
+    report.platform = QGuiApplication::platformName().toStdString();
     QPointer<QWidget> guard(&window);
     window.show();
     QCoreApplication::processEvents();
