@@ -14,9 +14,9 @@ namespace {
 
 [[noreturn]] void badAction(const json& action, const std::string& why)
 {
-    throw platform::automation::AutomationError(
-        platform::automation::ErrorNumber::InvalidArgument, "brevant script",
-        "bad dialog action " + action.dump() + ": " + why);
+    throw platform::automation::AutomationError(platform::automation::ErrorNumber::InvalidArgument,
+                                                "brevant script",
+                                                "bad dialog action " + action.dump() + ": " + why);
 }
 
 std::vector<double> coordinates(const json& action, const json& value, std::size_t count)
@@ -60,7 +60,8 @@ platform::ui::RgbValue colourOf(const json& action, const json& value)
     if (value.is_array() && value.size() == 3) {
         int channels[3] = {};
         for (int i = 0; i < 3; ++i) {
-            if (!value[i].is_number_integer() || value[i].get<int>() < 0 || value[i].get<int>() > 255) {
+            if (!value[i].is_number_integer() || value[i].get<int>() < 0 ||
+                value[i].get<int>() > 255) {
                 badAction(action, "colour channels are whole numbers 0 to 255");
             }
             channels[i] = value[i].get<int>();
@@ -187,14 +188,11 @@ json dialogReportToJson(const platform::ui::DialogReport& report)
         values.push_back({{"control", reading.control},
                           {"text", reading.text},
                           {"checked", reading.checked},
-                          {"enabled", reading.enabled}});
+                          {"enabled", reading.enabled},
+                          {"visible", reading.visible}});
     }
-    return json{{"form", report.form},
-                {"caption", report.caption},
-                {"actions", actions},
-                {"values", values},
-                {"closed", report.closed},
-                {"platform", report.platform}};
+    return json{{"form", report.form}, {"caption", report.caption}, {"actions", actions},
+                {"values", values},    {"closed", report.closed},   {"platform", report.platform}};
 }
 
 } // namespace brevant::app

@@ -58,8 +58,9 @@ std::shared_ptr<carto::FeatureLayer> requireFeatureLayer(const std::shared_ptr<c
 {
     auto feature = std::dynamic_pointer_cast<carto::FeatureLayer>(layer);
     if (!feature) {
-        throw std::runtime_error("Type mismatch: " + (layer ? layer->name() : std::string("nothing")) +
-                                 " is not a feature layer");
+        throw std::runtime_error(
+            "Type mismatch: " + (layer ? layer->name() : std::string("nothing")) +
+            " is not a feature layer");
     }
     return feature;
 }
@@ -81,8 +82,8 @@ std::string rendererSummary(const carto::FeatureLayer& layer)
                        std::to_string(renderer.breakCount()) + " classes";
             } else {
                 const std::string field = renderer.fieldCount() > 0 ? renderer.field(0) : "";
-                return "Unique values of " + field + ", " +
-                       std::to_string(renderer.valueCount()) + " values";
+                return "Unique values of " + field + ", " + std::to_string(renderer.valueCount()) +
+                       " values";
             }
         },
         layer.renderer());
@@ -358,8 +359,8 @@ std::shared_ptr<carto::Layer> frmLayer::listedLayer(int line) const
     if (item == nullptr) {
         return nullptr;
     }
-    const auto found = m_layerTable.find(
-        tableKey(item->data(kItemRole).toInt(), item->text().toStdString()));
+    const auto found =
+        m_layerTable.find(tableKey(item->data(kItemRole).toInt(), item->text().toStdString()));
     return found == m_layerTable.end() ? nullptr : found->second;
 }
 
@@ -633,11 +634,12 @@ void frmLayer::ShowLayerProperties()
         addRow("Source:", "lblSource", sourceOf(*layer));
         addRow("Visible:", "lblVisible", layer->visible() ? "Yes" : "No");
         addRow("Scale range:", "lblScaleRange",
-               "1:" + plainNumber(layer->minimumScale()).toStdString() + " to 1:" +
-                   plainNumber(layer->maximumScale()).toStdString());
+               "1:" + plainNumber(layer->minimumScale()).toStdString() +
+                   " to 1:" + plainNumber(layer->maximumScale()).toStdString());
         const auto feature = std::dynamic_pointer_cast<carto::FeatureLayer>(layer);
         addRow("Renderer:", "lblRenderer", feature ? rendererSummary(*feature) : "none");
-        auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &sheet);
+        auto* buttons =
+            new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &sheet);
         buttons->button(QDialogButtonBox::Ok)->setObjectName("cmdOK");
         buttons->button(QDialogButtonBox::Cancel)->setObjectName("cmdCancel");
         connect(buttons, &QDialogButtonBox::accepted, &sheet, &QDialog::accept);
@@ -662,8 +664,8 @@ featureClassesIn(const std::filesystem::path& path)
     std::transform(extension.begin(), extension.end(), extension.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     if (extension == ".shp") {
-        classes.push_back(
-            gdb::Workspace::openShapefileFolder(path.parent_path()).openFeatureClass(path.stem().string()));
+        classes.push_back(gdb::Workspace::openShapefileFolder(path.parent_path())
+                              .openFeatureClass(path.stem().string()));
         return classes;
     }
     const auto workspace = gdb::Workspace::open(path, true);
@@ -703,7 +705,8 @@ void frmLayer::AddData()
         }
         platform::ui::FileDialogRequest request;
         request.title = "Select Data";
-        request.filter = "Vector data (*.shp *.gpkg *.mdb *.sqlite *.gdb *.geojson *.json);;All files (*)";
+        request.filter =
+            "Vector data (*.shp *.gpkg *.mdb *.sqlite *.gdb *.geojson *.json);;All files (*)";
         const auto chosen = platform::ui::userPrompts().fileDialog(request);
         if (!chosen) {
             return;
@@ -723,7 +726,8 @@ void frmLayer::AddData()
         }
         for (int index = 1; index < m_map->layerCount(); ++index) {
             const auto layer = m_map->layer(index);
-            platform::ui::userPrompts().messageBox(layer->name(), "", platform::ui::MessageButtons::Ok);
+            platform::ui::userPrompts().messageBox(layer->name(), "",
+                                                   platform::ui::MessageButtons::Ok);
             if (platform::automation::equalsIgnoreCase(layer->name(), "hazardselection")) {
                 m_map->moveLayer(layer, 0);
             }

@@ -1,7 +1,6 @@
 // The symbology pages of the layer control: the lower half of frmLayer.
-#include "layers/frmLayer.h"
-
 #include "context/ErrorTrap.h"
+#include "layers/frmLayer.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/carto/FeatureLayer.h"
 #include "platform/carto/Layer.h"
@@ -129,7 +128,8 @@ void frmLayer::buildSymbologyPages()
         fraDisplayPage[index] = page;
         return page;
     };
-    const auto geometryPage = [&](int index, std::initializer_list<std::pair<QLabel*, QWidget*>> rows) {
+    const auto geometryPage = [&](int index,
+                                  std::initializer_list<std::pair<QLabel*, QWidget*>> rows) {
         auto* page = fraDisplayPage.at(index);
         auto* grid = new QGridLayout(page);
         int row = 0;
@@ -163,11 +163,12 @@ void frmLayer::buildSymbologyPages()
         addPage(index);
     }
     // Form_Load: the style lists, each entry at the position of its style value.
-    geometryPage(0, {{caption("lblPtStyle", "Point Symbol", nullptr),
-                      styleList(cboPtStyle, "cboPtStyle",
-                                {"Circle", "Square", "Cross", "X Marker", "Diamond"})},
-                     {caption("lblPtColor", "Point Color", nullptr), colourBox(picPt, "picPt")},
-                     {caption("lblPtSize", "Point Size", nullptr), numberBox(txtPtSize, "txtPtSize")}});
+    geometryPage(
+        0, {{caption("lblPtStyle", "Point Symbol", nullptr),
+             styleList(cboPtStyle, "cboPtStyle",
+                       {"Circle", "Square", "Cross", "X Marker", "Diamond"})},
+            {caption("lblPtColor", "Point Color", nullptr), colourBox(picPt, "picPt")},
+            {caption("lblPtSize", "Point Size", nullptr), numberBox(txtPtSize, "txtPtSize")}});
     geometryPage(1, {{caption("lblPolylineStyle", "Line Symbol", nullptr),
                       styleList(cboPolylineStyle, "cboPolylineStyle",
                                 {"Solid", "Dash", "Dot", "Dash Dot", "Dash Dot Dot"})},
@@ -185,7 +186,8 @@ void frmLayer::buildSymbologyPages()
                       colourBox(picPolyOutline, "picPolyOutline")},
                      {caption("lblPolyOutWidth", "Outline Width", nullptr),
                       numberBox(txtPolyOutlineWidth, "txtPolyOutlineWidth")}});
-    const auto textPage = [&](int index, std::initializer_list<std::pair<const char*, const char*>> texts) {
+    const auto textPage = [&](int index,
+                              std::initializer_list<std::pair<const char*, const char*>> texts) {
         auto* page = fraDisplayPage.at(index);
         auto* column = new QVBoxLayout(page);
         for (const auto& [name, text] : texts) {
@@ -208,7 +210,8 @@ void frmLayer::buildSymbologyPages()
                   "The current layer is an annotation layer and therefore its symbology cannot be "
                   "displayed here."},
                  {"lblNotFeatureLayer6", kNotFeatureLayer}});
-    textPage(7, {{"lblIncompatibleTitle7", kIncompatibleTitle}, {"lblNotFeatureLayer7", kNotFeatureLayer}});
+    textPage(7, {{"lblIncompatibleTitle7", kIncompatibleTitle},
+                 {"lblNotFeatureLayer7", kNotFeatureLayer}});
 
     // Programmatic changes run these too: filling a page writes its values back.
     connect(cboPtStyle, &QComboBox::currentIndexChanged, this, [this] { cboPtStyle_Click(); });
@@ -343,8 +346,8 @@ frmLayer::SymbolFlags frmLayer::ShowPolygonProperties(const std::shared_ptr<cart
 void frmLayer::EnablePointControls(bool flag)
 {
     handler(" enabling point layer interface", [&] {
-        for (const char* name : {"cboPtStyle", "picPt", "txtPtSize", "lblPtStyle", "lblPtColor",
-                                 "lblPtSize"}) {
+        for (const char* name :
+             {"cboPtStyle", "picPt", "txtPtSize", "lblPtStyle", "lblPtColor", "lblPtSize"}) {
             findChild<QWidget*>(name)->setEnabled(flag);
         }
     });

@@ -41,7 +41,10 @@ std::vector<std::string> layerNames(const json& described)
 
 class LayerControlScript : public ::testing::Test {
 protected:
-    void SetUp() override { host::sample::writeSampleHost(root(), host::sample::SampleSize::Small, 3); }
+    void SetUp() override
+    {
+        host::sample::writeSampleHost(root(), host::sample::SampleSize::Small, 3);
+    }
     fs::path root() const { return m_dir.path() / "host"; }
 
     static constexpr const char* kLayers =
@@ -61,7 +64,7 @@ TEST_F(LayerControlScript, ActionsChangeTheMapThatLaterStatementsSee)
     const fs::path png = m_dir.path() / "layers.png";
     const auto results = runScript(root(), std::string(kLayers) + R"(
 {"dialog": [{"select": ["lstLayers", 3]}, {"press": "cmdTop"}, {"read": "lstLayers"}, {"check": ["chkVisible", false]}, {"text": ["txtMax", "12a"]}, {"text": ["txtMax", "25000"]}, {"select": ["lstLayers", 2]}, {"menu": "Remove Layer"}, {"screenshot": ")" +
-                                                       png.string() + R"("}]}
+                                               png.string() + R"("}]}
 {"show": "layers"}
 {"describe": "map"}
 )");
@@ -139,6 +142,7 @@ TEST_F(LayerControlScript, RestylesTheSelectedLayer)
     }
     EXPECT_EQ(actions[8].at("error"), "cboPtStyle has no entry 7");
     EXPECT_EQ(window.at("values")[0].at("text"), "255,000,000");
+    EXPECT_TRUE(window.at("values")[1].at("visible").get<bool>()) << "the fill page is shown";
 
     const json& tracts = results[6].at("result").at("layers")[3];
     ASSERT_EQ(tracts.at("name"), "Tracts");
@@ -177,8 +181,8 @@ TEST_F(LayerControlScript, OpensAsAnX11WindowUnderXvfb)
     }
     const std::string command = "env -u QT_QPA_PLATFORM xvfb-run -a '" +
                                 std::string(BREVANT_EXECUTABLE) + "' script --host '" +
-                                root().string() + "' '" + script.string() + "' > '" +
-                                out.string() + "' 2> /dev/null";
+                                root().string() + "' '" + script.string() + "' > '" + out.string() +
+                                "' 2> /dev/null";
     ASSERT_EQ(std::system(command.c_str()), 0) << command;
     std::ifstream in(out);
     std::string line;

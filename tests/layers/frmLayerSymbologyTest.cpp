@@ -1,6 +1,5 @@
-#include "layers/frmLayer.h"
-
 #include "context/EqShape.h"
+#include "layers/frmLayer.h"
 #include "platform/carto/AnnotationLayer.h"
 #include "platform/carto/CharacterMarkerSymbol.h"
 #include "platform/carto/ClassBreaksRenderer.h"
@@ -118,7 +117,8 @@ TEST_F(Symbology, EachKindOfLayerGetsItsPage)
         EXPECT_EQ(m_form->symbologyPage(), expected[line]) << "line " << line;
         int shown = 0;
         for (int page : {0, 1, 2, 3, 4, 6, 7}) {
-            auto& widget = control<QWidget>(QString("fraDisplayPage(%1)").arg(page).toUtf8().constData());
+            auto& widget =
+                control<QWidget>(QString("fraDisplayPage(%1)").arg(page).toUtf8().constData());
             shown += widget.isVisible() ? 1 : 0;
         }
         EXPECT_EQ(shown, 1) << "one page at a time";
@@ -151,7 +151,8 @@ TEST_F(Symbology, StyleListsWriteOnlyAChangedStyle)
     auto& styles = control<QComboBox>("cboPolyStyle");
     EXPECT_EQ(styles.itemText(7), "Diagonal Cross");
     styles.setCurrentIndex(styles.findText("Hollow"));
-    EXPECT_EQ(std::get<carto::SimpleFillSymbol>(symbolOf(*lakes)).style, carto::SimpleFillStyle::Hollow);
+    EXPECT_EQ(std::get<carto::SimpleFillSymbol>(symbolOf(*lakes)).style,
+              carto::SimpleFillStyle::Hollow);
     EXPECT_FALSE(m_map->refreshes().empty()) << "an edit redraws the map";
 }
 

@@ -91,7 +91,8 @@ protected:
     void clickLine(int line, Qt::MouseButton button = Qt::LeftButton)
     {
         auto& lines = list();
-        QTest::mouseClick(lines.viewport(), button, {}, lines.visualItemRect(lines.item(line)).center());
+        QTest::mouseClick(lines.viewport(), button, {},
+                          lines.visualItemRect(lines.item(line)).center());
     }
 
     void press(const char* name) { QTest::mouseClick(&control<QPushButton>(name), Qt::LeftButton); }

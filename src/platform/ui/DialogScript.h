@@ -48,6 +48,8 @@ struct ControlReading {
     std::string text;
     bool checked = false;
     bool enabled = false;
+    /// Whether the control is shown (a symbology page, a popup menu).
+    bool visible = false;
 };
 
 /// One action as it ran: failed actions carry why and changed nothing.

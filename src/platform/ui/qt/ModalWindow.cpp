@@ -114,7 +114,8 @@ private:
     void tool(const std::string& key)
     {
         for (auto* action : m_window.findChildren<QAction*>()) {
-            if (action->objectName() == toQt(key) || action->property("key").toString() == toQt(key)) {
+            if (action->objectName() == toQt(key) ||
+                action->property("key").toString() == toQt(key)) {
                 if (!action->isEnabled()) {
                     throw ActionRefused("tool " + key + " is disabled");
                 }
@@ -329,8 +330,10 @@ private:
             reading.text = action->text().toStdString();
             reading.checked = action->isChecked();
             reading.enabled = action->isEnabled();
+            reading.visible = action->isVisible();
         } else if (auto* widget = qobject_cast<QWidget*>(&object)) {
             reading.enabled = widget->isEnabled();
+            reading.visible = widget->isVisible();
             if (auto* button = qobject_cast<QAbstractButton*>(widget)) {
                 reading.text = button->text().toStdString();
                 reading.checked = button->isChecked();

@@ -27,8 +27,9 @@ bool displayAvailable();
 /// caption, actions, values read, how it closed) goes to the script. An action that cannot
 /// run (unknown control, wrong kind of control, disabled control, point outside the map) is
 /// reported as failed and changes nothing. Reading a control gives its text, check mark and
-/// enabled state; a control with a "value" property (a colour box) gives that as its text. Without a script, a user works in the window when
-/// a display is available; otherwise nobody can answer and it is closed as by its close box.
+/// enabled state; a control with a "value" property (a colour box) gives that as its text. Without
+/// a script, a user works in the window when a display is available; otherwise nobody can answer
+/// and it is closed as by its close box.
 void runModalWindow(QWidget& window, const std::string& form);
 
 } // namespace brevant::platform::ui::qt

@@ -55,11 +55,10 @@ protected:
             m_pressed.push_back(e.point);
             m_shift.push_back(e.modifiers.testFlag(Qt::ShiftModifier));
         });
-        m_mapWidget->onMouseRelease([this](const display::MapMouseEvent& e) {
-            m_released.push_back(e.point);
-        });
-        for (QWidget* widget : std::initializer_list<QWidget*>{m_ok, m_name, m_box, m_choice,
-                                                               m_mapWidget}) {
+        m_mapWidget->onMouseRelease(
+            [this](const display::MapMouseEvent& e) { m_released.push_back(e.point); });
+        for (QWidget* widget :
+             std::initializer_list<QWidget*>{m_ok, m_name, m_box, m_choice, m_mapWidget}) {
             layout->addWidget(widget);
         }
     }
@@ -123,7 +122,8 @@ TEST_F(Window, WhenTheActionsRunOutTheCloseBoxClosesTheWindow)
     EXPECT_EQ(report.closed, "close box: the actions ran out");
     EXPECT_FALSE(m_dialog.isVisible());
 
-    m_script->queue({action(DialogAction::Kind::Close), action(DialogAction::Kind::Read, "chkShown")});
+    m_script->queue(
+        {action(DialogAction::Kind::Close), action(DialogAction::Kind::Read, "chkShown")});
     const auto closed = run();
     EXPECT_EQ(closed.closed, "close box");
     EXPECT_EQ(m_script->pending(), 1u) << "what follows the close waits for the next window";
