@@ -69,6 +69,9 @@ DIR, printing one JSON line per statement. Statements:
   {"render": "map.png", "width": 1200, "height": 900} draw the map to a PNG
   {"export-layout": "page.pdf"}                       draw the page layout to PDF (or PNG)
   {"describe": "map"}  {"describe": "layout"}         the map or the page as JSON
+  {"dialog": [{"select": ["lstLayers", 1]}, {"press": "cmdUp"}]}
+                                                      queue actions for the next window
+  {"show": "layers"}                                  open the layer control on the map
 The names "map" and "layout" are the host document's map and page layout. Blank lines and
 lines starting with # are skipped.
 
@@ -78,6 +81,12 @@ Arguments: strings, booleans and null as they are; numbers are doubles unless ty
 two-dimensional; {"ref": "name"} an object made earlier. By-reference arguments come back in
 "byref", in argument order. Message boxes never block: they are printed to standard error
 and reported in "messages".
+
+Windows never wait for a user in a script: each runs the actions queued by "dialog" (tool,
+click, drag, move, press, select, check, text, choose, menu, read, colour, screenshot, close),
+offscreen when there is no display, and is closed as by its close box when they run out. The
+line of the statement that showed it carries "dialogs": per window its form, caption, actions
+(each with "ok" and, when refused, "error"), values read, how it closed and the Qt platform.
 
 Exit status: 0 when every statement succeeded, 1 when any failed, 2 for a usage error.
 )";

@@ -1,6 +1,9 @@
 #include "app/ScriptRunner.h"
 
+#include "app/DialogActions.h"
 #include "app/JsonVariant.h"
+#include "layers/frmLayer.h"
+#include "platform/ui/qt/ModalWindow.h"
 #include "context/EqErrorhandle.h"
 #include "platform/automation/AutomationError.h"
 #include "platform/automation/ErrorNumbers.h"
@@ -70,13 +73,23 @@ json errorJson(const AutomationError& error)
 
 ScriptRunner::ScriptRunner(const platform::automation::ClassRegistry& classes,
                            std::shared_ptr<platform::ui::ScriptedPrompts> prompts)
-    : m_classes(classes), m_prompts(std::move(prompts))
+    : m_classes(classes), m_prompts(std::move(prompts)),
+      m_dialogs(std::make_shared<platform::ui::DialogScript>())
 {
     auto map = std::make_shared<platform::carto::Map>();
     auto layout = std::make_shared<platform::carto::PageLayout>();
     m_objects["app"] = std::make_shared<host::local::LocalApplication>(map, layout);
     m_objects["map"] = std::move(map);
     m_objects["layout"] = std::move(layout);
+    platform::ui::installDialogScript(m_dialogs);
+    platform::ui::qt::useWidgetApplication();
+}
+
+ScriptRunner::~ScriptRunner()
+{
+    if (platform::ui::dialogScript() == m_dialogs.get()) {
+        platform::ui::installDialogScript(nullptr);
+    }
 }
 
 json ScriptRunner::execute(const json& statement)
@@ -102,6 +115,14 @@ json ScriptRunner::execute(const json& statement)
         messages.push_back({{"title", message.title}, {"text", message.text}});
     }
     out["messages"] = messages;
+    const auto reports = m_dialogs->takeReports();
+    if (!reports.empty()) {
+        json dialogs = json::array();
+        for (const auto& report : reports) {
+            dialogs.push_back(dialogReportToJson(report));
+        }
+        out["dialogs"] = dialogs;
+    }
     return out;
 }
 
@@ -183,13 +204,16 @@ json ScriptRunner::dispatch(const json& statement)
         if (auto view = viewStatement(statement)) {
             return *view;
         }
+        if (auto window = windowStatement(statement)) {
+            return *window;
+        }
     } catch (const json::exception& e) {
         badStatement("cannot read statement " + statement.dump() + ": " + e.what());
     }
     const std::string kind = statement.empty() ? std::string("{}") : statement.begin().key();
     badStatement("unknown statement \"" + kind +
                  "\"; brevant scripts know new, call, get, set, answers, open, add-layer, render, "
-                 "export-layout and describe");
+                 "export-layout, describe, dialog and show");
 }
 
 std::shared_ptr<platform::geodatabase::FeatureClass>
@@ -270,6 +294,28 @@ std::optional<json> ScriptRunner::viewStatement(const json& statement)
             return json{{"result", describeLayout(*layout)}};
         }
         badStatement("\"describe\" takes \"map\" or \"layout\", not \"" + what + "\"");
+    }
+    return std::nullopt;
+}
+
+std::optional<json> ScriptRunner::windowStatement(const json& statement)
+{
+    if (statement.contains("dialog")) {
+        m_dialogs->queue(dialogActionsFromJson(statement.at("dialog")));
+        return json{{"result", nullptr}};
+    }
+    if (statement.contains("show")) {
+        const auto what = statement.at("show").get<std::string>();
+        if (what != "layers") {
+            badStatement("\"show\" takes \"layers\", not \"" + what + "\"");
+        }
+        platform::ui::qt::ensureWidgetApplication();
+        if (!m_layerControl) {
+            m_layerControl = std::make_unique<layers::frmLayer>();
+        }
+        m_layerControl->CreateLayerList(std::dynamic_pointer_cast<platform::carto::Map>(objectNamed("map")));
+        m_layerControl->showModal();
+        return json{{"result", nullptr}};
     }
     return std::nullopt;
 }

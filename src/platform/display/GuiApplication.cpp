@@ -12,6 +12,19 @@
 
 namespace brevant::platform::display {
 
+namespace {
+ApplicationFactory& factory()
+{
+    static ApplicationFactory made = nullptr;
+    return made;
+}
+} // namespace
+
+void setApplicationFactory(ApplicationFactory make)
+{
+    factory() = make;
+}
+
 void ensureGuiApplication()
 {
     if (auto* existing = QCoreApplication::instance()) {
@@ -41,7 +54,8 @@ void ensureGuiApplication()
     static char* argv[] = {name, nullptr};
     // Kept for the life of the process: tearing it down among static destructors would race
     // Qt's own.
-    static QGuiApplication* application = new QGuiApplication(argc, argv);
+    static QGuiApplication* application =
+        factory() ? factory()(argc, argv) : new QGuiApplication(argc, argv);
     (void)application;
 }
 

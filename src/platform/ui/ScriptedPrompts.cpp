@@ -1,5 +1,7 @@
 #include "platform/ui/ScriptedPrompts.h"
 
+#include "platform/ui/DialogScript.h"
+
 #include "platform/automation/CaseInsensitive.h"
 
 #include <charconv>
@@ -154,6 +156,13 @@ std::optional<RgbValue> ScriptedPrompts::colourDialog(RgbValue preset, ColourDia
                                                       const std::string& title)
 {
     m_colourDialogs.push_back(ColourRequest{preset, flags, title});
+    // A window's script answers the colour dialogs it opens before the answer queue does.
+    if (auto* script = dialogScript()) {
+        if (const auto scripted = script->takeColourAnswer()) {
+            echo(title, "colour", *scripted ? std::to_string(**scripted) : "(cancelled)");
+            return *scripted;
+        }
+    }
     const auto answer = nextAnswer();
     std::optional<RgbValue> colour;
     if (answer && !answer->empty() && !isCancel(*answer)) {
