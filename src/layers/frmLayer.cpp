@@ -608,6 +608,15 @@ void frmLayer::RemoveSelectedLayer()
     });
 }
 
+void frmLayer::SelectedLayerChanged()
+{
+    handler(" is layer selectable selection", [&] {
+        requireFeatureLayer(selectedLayer());
+        UpdateLayersInterface();
+        RefreshActiveView();
+    });
+}
+
 void frmLayer::RefreshActiveView()
 {
     handler(" refresh map", [&] {

@@ -53,6 +53,10 @@ public:
     /// top one in a message box, and moves a hazard-selection layer to the top. Cancel adds
     /// nothing.
     void AddData();
+    /// Takes the selected line's feature layer, brings the controls up to date and refreshes the
+    /// view; a line that is no feature layer is logged. Nothing in the window calls it: it is
+    /// there for an opener that changes the selection itself.
+    void SelectedLayerChanged();
     /// Shows the window modally (see ui::qt::runModalWindow) and returns once it is hidden.
     void showModal();
 

@@ -281,6 +281,21 @@ TEST_F(LayerControl, MovingALayerThatIsNotAFeatureLayerIsLoggedAndChangesNothing
     EXPECT_TRUE(m_form->isVisible());
 }
 
+TEST_F(LayerControl, TheSelectedLayerMustBeAFeatureLayerToBeTakenUp)
+{
+    auto raster = std::make_shared<carto::RasterLayer>(root() / "dem.tif",
+                                                       platform::geometry::Envelope(0, 0, 1, 1));
+    raster->setName("Elevation");
+    const auto map = mapOf({featureLayer("Roads"), raster});
+    m_form->CreateLayerList(map);
+    clickLine(0);
+    m_form->SelectedLayerChanged();
+    EXPECT_EQ(errorLog(), "");
+    clickLine(1);
+    m_form->SelectedLayerChanged();
+    EXPECT_NE(errorLog().find(" is layer selectable selection"), std::string::npos) << errorLog();
+}
+
 TEST_F(LayerControl, TheCloseBoxHidesTheWindowWhichKeepsItsList)
 {
     m_form->CreateLayerList(mapOf({featureLayer("Roads"), featureLayer("Bridges")}));
