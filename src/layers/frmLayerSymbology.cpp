@@ -87,7 +87,8 @@ std::optional<int> wholeNumber(const QLineEdit& box)
 
 void showColour(QPushButton& box, carto::RgbColor colour)
 {
-    box.setStyleSheet(QString("background-color: rgb(%1, %2, %3);")
+    // A push button paints a style sheet's background only when the sheet gives it a border.
+    box.setStyleSheet(QString("background-color: rgb(%1, %2, %3); border: 1px solid gray;")
                           .arg(colour.red & 0xFF)
                           .arg(colour.green & 0xFF)
                           .arg(colour.blue & 0xFF));
@@ -152,6 +153,7 @@ void frmLayer::buildSymbologyPages()
         box->setObjectName(name);
         box->setFlat(true);
         box->setAutoFillBackground(true);
+        box->setMinimumSize(48, 20);
         return box;
     };
     const auto numberBox = [&](QLineEdit*& box, const char* name) {
