@@ -603,9 +603,13 @@ private:
         const std::string where = position >= m_text.size()
                                       ? "at the end"
                                       : "at character " + std::to_string(position + 1);
+        // A NUL is shown as \0, or it would end the message's text where it stands.
+        std::string shown;
+        for (const char c : m_text) {
+            shown += c == '\0' ? std::string("\\0") : std::string(1, c);
+        }
         throw PlatformError(automation::ErrorNumber::InvalidArgument, kSource,
-                            "invalid where clause \"" + std::string(m_text) + "\": " + what + " " +
-                                where);
+                            "invalid where clause \"" + shown + "\": " + what + " " + where);
     }
     [[noreturn]] void fail(const std::string& what, const Token& token) const
     {
@@ -628,6 +632,10 @@ private:
     {
         std::size_t i = 0;
         const std::string_view s = m_text;
+        // The translation goes on to SQLite and GDAL as C text, which a NUL would cut short.
+        if (const auto nul = s.find('\0'); nul != std::string_view::npos) {
+            fail("a NUL character is not allowed", nul);
+        }
         while (true) {
             while (i < s.size() && isSpace(s[i])) {
                 ++i;

@@ -271,6 +271,29 @@ TEST(WhereClauseParse, ErrorsQuoteTheClause)
     }
 }
 
+TEST(WhereClauseParse, ANulCharacterIsRefusedWhereverItIs)
+{
+    // SQL built from such a clause was cut short at the NUL on its way to SQLite.
+    using namespace std::string_literals;
+    for (const std::string text : {"Tract = 'a\0' Or 1 = 1"s, "[Tr\0act] = 1"s, "Tract = 1 \0"s}) {
+        try {
+            WhereClause::parse(text);
+            ADD_FAILURE() << "parsed a clause holding a NUL";
+        } catch (const PlatformError& e) {
+            EXPECT_NE(std::string(e.what()).find("a NUL character is not allowed"),
+                      std::string::npos)
+                << e.what();
+        }
+    }
+    EXPECT_THROW(WhereClause::parse("[Tr\0act] = 1"s), PlatformError);
+    try {
+        WhereClause::parse("Tract = 'a\0'"s);
+    } catch (const PlatformError& e) {
+        EXPECT_STREQ(e.what(), "invalid where clause \"Tract = 'a\\0'\": a NUL character is "
+                               "not allowed at character 11");
+    }
+}
+
 TEST(WhereClauseParse, BlankTextSelectsEveryRow)
 {
     for (const char* text : {"", "   ", "\t"}) {
