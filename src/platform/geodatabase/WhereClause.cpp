@@ -26,6 +26,10 @@ using automation::VariantType;
 namespace {
 
 constexpr const char* kSource = "WhereClause";
+// Far beyond what procedures and users write, well within what the stack and SQLite take.
+constexpr int kMaxDepth = 32;
+constexpr int kMaxNesting = 100;
+constexpr std::size_t kMaxSqlSize = 1 << 20;
 
 enum class Kind {
     Literal,
@@ -534,9 +538,10 @@ struct WhereClause::Node {
     char arithmetic = 0; // Arithmetic: + - * /
     CompareOp compare = CompareOp::Eq;
     Function function = Function::Left;
-    bool negated = false; // Not Like, Not In, Is Not Null, Not Between
-    std::vector<std::unique_ptr<Node>> operands;
-    std::unique_ptr<LiteralSet> literals; // In over literals only
+    bool negated = false;                        // Not Like, Not In, Is Not Null, Not Between
+    std::vector<std::unique_ptr<Node>> operands; // And, Or: two or more
+    std::unique_ptr<LiteralSet> literals;        // In over literals only
+    int depth = 1;                               // levels of this node and its operands
 
     bool isLiteral() const { return kind == Kind::Literal; }
     bool isTextLiteral() const { return isLiteral() && std::holds_alternative<std::string>(value); }
@@ -757,36 +762,78 @@ private:
         node->kind = kind;
         return node;
     }
-    static NodePtr make(Kind kind, NodePtr a, NodePtr b = nullptr)
+    NodePtr make(Kind kind, NodePtr a, NodePtr b = nullptr) const
     {
         auto node = make(kind);
-        node->operands.push_back(std::move(a));
+        add(*node, std::move(a));
         if (b) {
-            node->operands.push_back(std::move(b));
+            add(*node, std::move(b));
+        }
+        return node;
+    }
+    /// Adds an operand, keeping the tree shallow enough for the recursive translators and
+    /// evaluator, and for SQLite's parser, which gives up on deeply parenthesised SQL.
+    void add(Node& node, NodePtr operand) const
+    {
+        node.depth = std::max(node.depth, operand->depth + 1);
+        node.operands.push_back(std::move(operand));
+        if (node.depth > kMaxDepth) {
+            fail("the clause nests deeper than " + std::to_string(kMaxDepth) + " levels",
+                 peek().position);
+        }
+    }
+
+    /// Counts the parser's own recursion, which parentheses and signs drive without adding
+    /// nodes.
+    class Nesting {
+    public:
+        explicit Nesting(const Parser& parser) : m_parser(parser)
+        {
+            if (++m_parser.m_nesting > kMaxNesting) {
+                m_parser.fail("the clause nests deeper than " + std::to_string(kMaxNesting) +
+                                  " levels",
+                              m_parser.peek().position);
+            }
+        }
+        ~Nesting() { --m_parser.m_nesting; }
+        Nesting(const Nesting&) = delete;
+        Nesting& operator=(const Nesting&) = delete;
+
+    private:
+        const Parser& m_parser;
+    };
+
+    // And and Or chains are one node each, so a long list of alternatives stays one level.
+    NodePtr parseOr()
+    {
+        const Nesting nesting(*this);
+        NodePtr first = parseAnd();
+        if (!acceptKeyword("Or")) {
+            return first;
+        }
+        NodePtr node = make(Kind::Or, std::move(first), parseAnd());
+        while (acceptKeyword("Or")) {
+            add(*node, parseAnd());
         }
         return node;
     }
 
-    NodePtr parseOr()
-    {
-        NodePtr left = parseAnd();
-        while (acceptKeyword("Or")) {
-            left = make(Kind::Or, std::move(left), parseAnd());
-        }
-        return left;
-    }
-
     NodePtr parseAnd()
     {
-        NodePtr left = parseNot();
-        while (acceptKeyword("And")) {
-            left = make(Kind::And, std::move(left), parseNot());
+        NodePtr first = parseNot();
+        if (!acceptKeyword("And")) {
+            return first;
         }
-        return left;
+        NodePtr node = make(Kind::And, std::move(first), parseNot());
+        while (acceptKeyword("And")) {
+            add(*node, parseNot());
+        }
+        return node;
     }
 
     NodePtr parseNot()
     {
+        const Nesting nesting(*this);
         if (acceptKeyword("Not")) {
             return make(Kind::Not, parseNot());
         }
@@ -826,14 +873,14 @@ private:
             node = make(Kind::In, std::move(left));
             expectSymbol("(");
             do {
-                node->operands.push_back(parseConcat());
+                add(*node, parseConcat());
             } while (acceptSymbol(","));
             expectSymbol(")");
             buildLiteralSet(*node);
         } else if (acceptKeyword("Between")) {
             node = make(Kind::Between, std::move(left), parseConcat());
             expectKeyword("And");
-            node->operands.push_back(parseConcat());
+            add(*node, parseConcat());
         } else {
             return left;
         }
@@ -899,6 +946,7 @@ private:
 
     NodePtr parseUnary()
     {
+        const Nesting nesting(*this);
         if (acceptSymbol("+")) {
             return parseUnary();
         }
@@ -1013,7 +1061,7 @@ private:
         node->function = signature->function;
         if (!isSymbol(peek(), ")")) {
             do {
-                node->operands.push_back(parseConcat());
+                add(*node, parseConcat());
             } while (acceptSymbol(","));
         }
         const Token& close = peek();
@@ -1031,6 +1079,7 @@ private:
     std::string_view m_text;
     std::vector<Token> m_tokens;
     std::size_t m_index = 0;
+    mutable int m_nesting = 0;
 };
 
 // ---------------------------------------------------------------------------------------------
@@ -1160,7 +1209,19 @@ public:
         return quoteName(*stored);
     }
 
+    /// Fails when the SQL grows past kMaxSqlSize: some forms repeat an operand, so nesting
+    /// them doubles the text at each level.
     std::string sqlite(const Node& node) const
+    {
+        std::string sql = sqliteOf(node);
+        if (sql.size() > kMaxSqlSize) {
+            throw PlatformError(automation::ErrorNumber::InvalidArgument, kSource,
+                                "where clause \"" + m_clause + "\" is too complex to translate");
+        }
+        return sql;
+    }
+
+    std::string sqliteOf(const Node& node) const
     {
         switch (node.kind) {
         case Kind::Literal:
@@ -1217,9 +1278,16 @@ public:
             return node.negated ? "(NOT " + between + ")" : between;
         }
         case Kind::And:
-            return "(" + sqlite(*node.operands[0]) + " AND " + sqlite(*node.operands[1]) + ")";
-        case Kind::Or:
-            return "(" + sqlite(*node.operands[0]) + " OR " + sqlite(*node.operands[1]) + ")";
+        case Kind::Or: {
+            std::string chain;
+            for (const auto& operand : node.operands) {
+                chain += (chain.empty()            ? "("
+                          : node.kind == Kind::And ? " AND "
+                                                   : " OR ") +
+                         sqlite(*operand);
+            }
+            return chain + ")";
+        }
         case Kind::Not:
             return "(NOT " + sqlite(*node.operands[0]) + ")";
         }
@@ -1234,8 +1302,14 @@ public:
         case Kind::And:
         case Kind::Or: {
             const bool conjunction = (node.kind == Kind::And) == positive;
-            return "(" + ogr(*node.operands[0], positive) + (conjunction ? " AND " : " OR ") +
-                   ogr(*node.operands[1], positive) + ")";
+            std::string chain;
+            for (const auto& operand : node.operands) {
+                chain += (chain.empty() ? "("
+                          : conjunction ? " AND "
+                                        : " OR ") +
+                         ogr(*operand, positive);
+            }
+            return chain + ")";
         }
         case Kind::Not:
             return ogr(*node.operands[0], !positive);
@@ -1385,27 +1459,21 @@ public:
     Truth truth(const Node& node) const
     {
         switch (node.kind) {
-        case Kind::And: {
-            const Truth a = truth(*node.operands[0]);
-            if (a == Truth::False) {
-                return a;
-            }
-            const Truth b = truth(*node.operands[1]);
-            if (b == Truth::False) {
-                return b;
-            }
-            return a == Truth::True && b == Truth::True ? Truth::True : Truth::Unknown;
-        }
+        case Kind::And:
         case Kind::Or: {
-            const Truth a = truth(*node.operands[0]);
-            if (a == Truth::True) {
-                return a;
+            // False decides an And, True an Or; else one unknown operand makes it unknown.
+            const Truth decisive = node.kind == Kind::And ? Truth::False : Truth::True;
+            Truth result = negate(decisive);
+            for (const auto& operand : node.operands) {
+                const Truth t = truth(*operand);
+                if (t == decisive) {
+                    return t;
+                }
+                if (t == Truth::Unknown) {
+                    result = Truth::Unknown;
+                }
             }
-            const Truth b = truth(*node.operands[1]);
-            if (b == Truth::True) {
-                return b;
-            }
-            return a == Truth::False && b == Truth::False ? Truth::False : Truth::Unknown;
+            return result;
         }
         case Kind::Not:
             return negate(truth(*node.operands[0]));
