@@ -166,13 +166,17 @@ TEST_F(GeoprocessingCommands, AFullDiskAtAnyStageKeepsTheEarlierResultAndTargetV
     // Each overlay replaces the previous one's result, so the two differ.
     const auto overlay = [&](auto command, std::vector<std::string> args, const Values& before,
                              const Values& after) {
+        int status = 0;
         const int failures = test::fillAtEveryStage(
-            disk, [&] { run(command, args); },
+            disk, [&] { status = run(command, args); },
             [&] {
                 const auto kept = values("out.gpkg", "kept");
                 EXPECT_TRUE(kept == before || kept == after)
                     << args[0] << ": " << ::testing::PrintToString(kept) << " after "
                     << disk.writes() << " writes";
+                if (status == 0) {
+                    EXPECT_EQ(kept, after) << args[0] << " reported success";
+                }
                 EXPECT_EQ(test::unsoundDatabases(m_dir.path()), Values{});
             });
         EXPECT_GT(failures, 3) << args[0] << " met the full disk at several stages";
@@ -186,16 +190,20 @@ TEST_F(GeoprocessingCommands, AFullDiskAtAnyStageKeepsTheEarlierResultAndTargetV
              output},
             Values{"A", "B"}, Values{""});
 
+    int status = 0;
+    const Values transferred{"A", "B", "B"};
     const int failures = test::fillAtEveryStage(
         disk,
         [&] {
-            run(runTransfer, {"transfer", "--target", data + ":sites", "--source",
-                              data + ":hazard", "--field", "type"});
+            status = run(runTransfer, {"transfer", "--target", data + ":sites", "--source",
+                                       data + ":hazard", "--field", "type"});
         },
         [&] {
             const auto sites = values("data.gpkg", "sites");
             ASSERT_EQ(sites.size(), 3u);
-            const Values transferred{"A", "B", "B"};
+            if (status == 0) {
+                EXPECT_EQ(sites, transferred) << "transfer reported success";
+            }
             for (std::size_t i = 0; i < sites.size(); ++i) {
                 EXPECT_TRUE(sites[i].empty() || sites[i] == transferred[i])
                     << "site " << i << ": " << sites[i];

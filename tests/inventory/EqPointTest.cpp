@@ -122,13 +122,25 @@ TEST_F(EqPointTest, AFullDiskDuringAnImportKeepsTheRowsStoredBefore)
     const auto ids = column(*inventory("hzSchool"), "SchoolId");
     const std::string file = schools(1);
     FullDisk disk;
+    bool raised = false;
+    int64_t rowsBefore = 0;
     const int failures = fillAtEveryStage(
-        disk, [&] { m_point->ImportData("hzSchool", file, "schools"); },
+        disk,
+        [&] {
+            raised = true;
+            rowsBefore = inventory("hzSchool")->rowCount();
+            m_point->ImportData("hzSchool", file, "schools");
+            raised = false;
+        },
         [&] {
             const auto classes = inventory("hzSchool");
             auto nowNames = column(*classes, "Name");
             auto nowIds = column(*classes, "SchoolId");
             ASSERT_GE(nowNames.size(), names.size()) << "after " << disk.writes() << " writes";
+            if (!raised) {
+                EXPECT_EQ(static_cast<int64_t>(nowNames.size()), rowsBefore + 3)
+                    << "an import that raised nothing stored every record";
+            }
             EXPECT_EQ(classes->rowCount(), static_cast<int64_t>(nowNames.size()))
                 << "the stored count follows the rows";
             nowNames.resize(names.size());
