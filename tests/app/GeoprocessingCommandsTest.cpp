@@ -1,4 +1,5 @@
 #include "app/GeoprocessingCommands.h"
+
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/Workspace.h"
@@ -185,10 +186,10 @@ TEST_F(GeoprocessingCommands, AFullDiskAtAnyStageKeepsTheEarlierResultAndTargetV
     overlay(runClip,
             {"clip", "--input", data + ":hazard", "--clip", data + ":hazard", "--output", output},
             Values{""}, Values{"A", "B"});
-    overlay(runIntersect,
-            {"intersect", "--input", data + ":sites", "--with", data + ":hazard", "--output",
-             output},
-            Values{"A", "B"}, Values{""});
+    overlay(
+        runIntersect,
+        {"intersect", "--input", data + ":sites", "--with", data + ":hazard", "--output", output},
+        Values{"A", "B"}, Values{""});
 
     int status = 0;
     const Values transferred{"A", "B", "B"};
