@@ -1,7 +1,9 @@
 #include "app/GeoprocessingCommands.h"
+
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/Workspace.h"
+#include "support/FullDisk.h"
 #include "support/HostFixture.h"
 
 #include <filesystem>
@@ -150,6 +152,67 @@ TEST_F(GeoprocessingCommands, FailedOverlayKeepsTheEarlierResult)
               2);
     EXPECT_NE(m_err.str().find("names a shapefile"), std::string::npos) << m_err.str();
     EXPECT_FALSE(std::filesystem::exists(path("out.shp")));
+}
+
+TEST_F(GeoprocessingCommands, AFullDiskAtAnyStageKeepsTheEarlierResultAndTargetValues)
+{
+    using Values = std::vector<std::string>;
+    const std::string data = path("data.gpkg");
+    const std::string output = path("out.gpkg") + ":kept";
+    ASSERT_EQ(run(runClip, {"clip", "--input", data + ":sites", "--clip", data + ":hazard",
+                            "--output", output}),
+              0)
+        << m_err.str();
+    test::FullDisk disk;
+    // Each overlay replaces the previous one's result, so the two differ.
+    const auto overlay = [&](auto command, std::vector<std::string> args, const Values& before,
+                             const Values& after) {
+        int status = 0;
+        const int failures = test::fillAtEveryStage(
+            disk, [&] { status = run(command, args); },
+            [&] {
+                const auto kept = values("out.gpkg", "kept");
+                EXPECT_TRUE(kept == before || kept == after)
+                    << args[0] << ": " << ::testing::PrintToString(kept) << " after "
+                    << disk.writes() << " writes";
+                if (status == 0) {
+                    EXPECT_EQ(kept, after) << args[0] << " reported success";
+                }
+                EXPECT_EQ(test::unsoundDatabases(m_dir.path()), Values{});
+            });
+        EXPECT_GT(failures, 3) << args[0] << " met the full disk at several stages";
+        EXPECT_EQ(values("out.gpkg", "kept"), after) << m_err.str();
+    };
+    overlay(runClip,
+            {"clip", "--input", data + ":hazard", "--clip", data + ":hazard", "--output", output},
+            Values{""}, Values{"A", "B"});
+    overlay(
+        runIntersect,
+        {"intersect", "--input", data + ":sites", "--with", data + ":hazard", "--output", output},
+        Values{"A", "B"}, Values{""});
+
+    int status = 0;
+    const Values transferred{"A", "B", "B"};
+    const int failures = test::fillAtEveryStage(
+        disk,
+        [&] {
+            status = run(runTransfer, {"transfer", "--target", data + ":sites", "--source",
+                                       data + ":hazard", "--field", "type"});
+        },
+        [&] {
+            const auto sites = values("data.gpkg", "sites");
+            ASSERT_EQ(sites.size(), 3u);
+            if (status == 0) {
+                EXPECT_EQ(sites, transferred) << "transfer reported success";
+            }
+            for (std::size_t i = 0; i < sites.size(); ++i) {
+                EXPECT_TRUE(sites[i].empty() || sites[i] == transferred[i])
+                    << "site " << i << ": " << sites[i];
+            }
+            EXPECT_EQ(test::unsoundDatabases(m_dir.path()), Values{});
+        });
+    EXPECT_GT(failures, 0);
+    EXPECT_EQ(values("data.gpkg", "sites"), (Values{"A", "B", "B"}));
 }
 
 TEST_F(GeoprocessingCommands, AResultLargerThanOneBatchGoesIntoTheFileItIsReadFrom)

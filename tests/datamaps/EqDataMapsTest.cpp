@@ -13,6 +13,7 @@
 #include "platform/geodatabase/Workspace.h"
 #include "platform/tabular/SqliteDatabase.h"
 #include "platform/ui/ScriptedPrompts.h"
+#include "support/FullDisk.h"
 #include "support/Raised.h"
 
 #include <algorithm>
@@ -296,6 +297,38 @@ TEST_F(InterruptedClipping, AReplacementTheDatabaseRefusesKeepsTheOldMap)
     m_dataMaps = std::make_shared<EqDataMaps>();
     clip({"SOIL"});
     EXPECT_EQ(valuesOf("RegionBndry.mdb", "eqsrsoil", "Type"), (Lines{"B", "C"}));
+}
+
+TEST_F(InterruptedClipping, AFullDiskAtAnyStageKeepsTheOldMapOrLeavesTheNewOne)
+{
+    fill("RegionBndry.mdb", "eqsrsoil", "Type", {{kWest, kSouth, kEast, kNorth, Variant("A")}});
+    fill("RegionBndry.mdb", "eqsrlqf", "Type", {{kWest, kSouth, kEast, kNorth, Variant(1)}});
+    registerMap("SOIL", halves(Variant("B"), Variant("C")));
+    registerMap("LIQF", halves(Variant(2), Variant(3)));
+    test::FullDisk disk;
+    const int failures = test::fillAtEveryStage(
+        disk,
+        [&] {
+            m_dataMaps = std::make_shared<EqDataMaps>();
+            clip({"SOIL", "LIQF"});
+        },
+        [&] {
+            const auto soil = valuesOf("RegionBndry.mdb", "eqsrsoil", "Type");
+            EXPECT_TRUE(soil == Lines{"A"} || soil == (Lines{"B", "C"}))
+                << ::testing::PrintToString(soil) << " after " << disk.writes() << " writes";
+            const auto liquefaction = valuesOf("RegionBndry.mdb", "eqsrlqf", "Type");
+            EXPECT_TRUE(liquefaction == Lines{"1"} || liquefaction == (Lines{"2", "3"}))
+                << ::testing::PrintToString(liquefaction) << " after " << disk.writes()
+                << " writes";
+            if (takeMessageTexts().empty()) {
+                EXPECT_EQ(soil, (Lines{"B", "C"})) << "a run that reports no failure clipped";
+                EXPECT_EQ(liquefaction, (Lines{"2", "3"}));
+            }
+            EXPECT_EQ(test::unsoundDatabases(regionFolder()), Lines{});
+        });
+    EXPECT_GT(failures, 3) << "the disk filled at several stages of the batch";
+    EXPECT_EQ(valuesOf("RegionBndry.mdb", "eqsrsoil", "Type"), (Lines{"B", "C"}));
+    EXPECT_EQ(valuesOf("RegionBndry.mdb", "eqsrlqf", "Type"), (Lines{"2", "3"}));
 }
 
 TEST_F(SiteMapClipping, OnlyTheClippedMapsAreReappliedToTheInventory)

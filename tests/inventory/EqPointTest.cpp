@@ -12,6 +12,7 @@
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/Workspace.h"
 #include "platform/ui/ScriptedPrompts.h"
+#include "support/FullDisk.h"
 
 #include <filesystem>
 
@@ -112,6 +113,44 @@ TEST_F(EqPointTest, ImportFailuresEndInTheTrapAndLeaveTheClassAsItWas)
 
     EXPECT_EQ(column(*inventory("hzSchool"), "SchoolId"), before);
     EXPECT_NE(errorLog().find(" ImportData"), std::string::npos);
+}
+
+TEST_F(EqPointTest, AFullDiskDuringAnImportKeepsTheRowsStoredBefore)
+{
+    m_point->ImportData("hzSchool", schools(), "schools");
+    const auto names = column(*inventory("hzSchool"), "Name");
+    const auto ids = column(*inventory("hzSchool"), "SchoolId");
+    const std::string file = schools(1);
+    FullDisk disk;
+    bool raised = false;
+    int64_t rowsBefore = 0;
+    const int failures = fillAtEveryStage(
+        disk,
+        [&] {
+            raised = true;
+            rowsBefore = inventory("hzSchool")->rowCount();
+            m_point->ImportData("hzSchool", file, "schools");
+            raised = false;
+        },
+        [&] {
+            const auto classes = inventory("hzSchool");
+            auto nowNames = column(*classes, "Name");
+            auto nowIds = column(*classes, "SchoolId");
+            ASSERT_GE(nowNames.size(), names.size()) << "after " << disk.writes() << " writes";
+            if (!raised) {
+                EXPECT_EQ(static_cast<int64_t>(nowNames.size()), rowsBefore + 3)
+                    << "an import that raised nothing stored every record";
+            }
+            EXPECT_EQ(classes->rowCount(), static_cast<int64_t>(nowNames.size()))
+                << "the stored count follows the rows";
+            nowNames.resize(names.size());
+            nowIds.resize(ids.size());
+            EXPECT_EQ(nowNames, names);
+            EXPECT_EQ(nowIds, ids);
+            EXPECT_EQ(unsoundDatabases(regionFolder()), std::vector<std::string>{});
+        });
+    EXPECT_GT(failures, 3) << "the disk filled at several stages of the import";
+    EXPECT_GE(inventory("hzSchool")->rowCount(), 6);
 }
 
 TEST_F(EqPointTest, TheTractLookupTakesTheFirstTractAPointOnTheirCommonEdgeTouches)

@@ -17,43 +17,16 @@ using namespace whereclause;
 
 void collectFields(const Node& node, std::vector<std::string>& names)
 {
-    const auto visit = [&](const NodePtr& child) { collectFields(*child, names); };
-    std::visit(Overloaded{
-                   [&](const Literal&) {},
-                   [&](const Field& n) {
-                       const bool known =
-                           std::any_of(names.begin(), names.end(), [&](const std::string& name) {
-                               return automation::equalsIgnoreCase(name, n.name);
-                           });
-                       if (!known) {
-                           names.push_back(n.name);
-                       }
-                   },
-                   [&](const Call& n) { std::for_each(n.args.begin(), n.args.end(), visit); },
-                   [&](const In& n) {
-                       visit(n.operand);
-                       std::for_each(n.items.begin(), n.items.end(), visit);
-                   },
-                   [&](const Between& n) {
-                       visit(n.operand);
-                       visit(n.low);
-                       visit(n.high);
-                   },
-                   [&](const Like& n) {
-                       visit(n.text);
-                       visit(n.pattern);
-                   },
-                   [&](const auto& n) {
-                       // The remaining nodes have one operand or a left and a right side.
-                       if constexpr (requires { n.operand; }) {
-                           visit(n.operand);
-                       } else {
-                           visit(n.left);
-                           visit(n.right);
-                       }
-                   },
-               },
-               node.expression);
+    if (const auto* field = std::get_if<Field>(&node.expression)) {
+        const bool known = std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+            return automation::equalsIgnoreCase(name, field->name);
+        });
+        if (!known) {
+            names.push_back(field->name);
+        }
+        return;
+    }
+    forEachOperand(node, [&](const Node& operand) { collectFields(operand, names); });
 }
 
 } // namespace

@@ -86,53 +86,32 @@ public:
 
     Truth truth(const Node& node) const
     {
-        return std::visit(
-            Overloaded{
-                [&](const And& n) {
-                    const Truth a = truth(*n.left);
-                    if (a == Truth::False) {
-                        return a;
-                    }
-                    const Truth b = truth(*n.right);
-                    if (b == Truth::False) {
-                        return b;
-                    }
-                    return a == Truth::True && b == Truth::True ? Truth::True : Truth::Unknown;
-                },
-                [&](const Or& n) {
-                    const Truth a = truth(*n.left);
-                    if (a == Truth::True) {
-                        return a;
-                    }
-                    const Truth b = truth(*n.right);
-                    if (b == Truth::True) {
-                        return b;
-                    }
-                    return a == Truth::False && b == Truth::False ? Truth::False : Truth::Unknown;
-                },
-                [&](const Not& n) { return negate(truth(*n.operand)); },
-                [&](const Compare& n) {
-                    return compareTruth(value(*n.left), n.op, value(*n.right));
-                },
-                [&](const Like& n) {
-                    const Truth t = like(n);
-                    return n.negated ? negate(t) : t;
-                },
-                [&](const In& n) {
-                    const Truth t = in(n);
-                    return n.negated ? negate(t) : t;
-                },
-                [&](const IsNull& n) {
-                    const bool null = isNull(value(*n.operand));
-                    return null != n.negated ? Truth::True : Truth::False;
-                },
-                [&](const Between& n) {
-                    const Truth t = between(n);
-                    return n.negated ? negate(t) : t;
-                },
-                [&](const auto&) { return truthOf(value(node)); },
-            },
-            node.expression);
+        return std::visit(Overloaded{
+                              [&](const And& n) { return junction(n.operands, Truth::False); },
+                              [&](const Or& n) { return junction(n.operands, Truth::True); },
+                              [&](const Not& n) { return negate(truth(*n.operand)); },
+                              [&](const Compare& n) {
+                                  return compareTruth(value(*n.left), n.op, value(*n.right));
+                              },
+                              [&](const Like& n) {
+                                  const Truth t = like(n);
+                                  return n.negated ? negate(t) : t;
+                              },
+                              [&](const In& n) {
+                                  const Truth t = in(n);
+                                  return n.negated ? negate(t) : t;
+                              },
+                              [&](const IsNull& n) {
+                                  const bool null = isNull(value(*n.operand));
+                                  return null != n.negated ? Truth::True : Truth::False;
+                              },
+                              [&](const Between& n) {
+                                  const Truth t = between(n);
+                                  return n.negated ? negate(t) : t;
+                              },
+                              [&](const auto&) { return truthOf(value(node)); },
+                          },
+                          node.expression);
     }
 
     Value value(const Node& node) const
@@ -179,6 +158,23 @@ public:
     }
 
 private:
+    // `decisive` (False for And, True for Or) settles the chain at once; else one unknown
+    // operand makes it unknown.
+    Truth junction(const std::vector<NodePtr>& operands, Truth decisive) const
+    {
+        Truth result = negate(decisive);
+        for (const NodePtr& operand : operands) {
+            const Truth t = truth(*operand);
+            if (t == decisive) {
+                return t;
+            }
+            if (t == Truth::Unknown) {
+                result = Truth::Unknown;
+            }
+        }
+        return result;
+    }
+
     Truth like(const Like& n) const
     {
         const Value text = value(*n.text);

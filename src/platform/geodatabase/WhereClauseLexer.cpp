@@ -23,9 +23,14 @@ void throwSyntaxError(std::string_view clause, const std::string& what, std::siz
 {
     const std::string where =
         position >= clause.size() ? "at the end" : "at character " + std::to_string(position + 1);
+    // A NUL is shown as \0, or it would end the message's text where it stands.
+    std::string shown;
+    for (const char c : clause) {
+        shown += c == '\0' ? std::string("\\0") : std::string(1, c);
+    }
     throw automation::PlatformError(automation::ErrorNumber::InvalidArgument, kSource,
-                                    "invalid where clause \"" + std::string(clause) +
-                                        "\": " + what + " " + where);
+                                    "invalid where clause \"" + shown + "\": " + what + " " +
+                                        where);
 }
 
 std::vector<Token> tokenize(std::string_view clause)
@@ -34,6 +39,10 @@ std::vector<Token> tokenize(std::string_view clause)
     const auto fail = [&](const std::string& what, std::size_t position) {
         throwSyntaxError(clause, what, position);
     };
+    // The translation goes on to SQLite and GDAL as C text, which a NUL would cut short.
+    if (const auto nul = s.find('\0'); nul != std::string_view::npos) {
+        fail("a NUL character is not allowed", nul);
+    }
     std::vector<Token> tokens;
     std::size_t i = 0;
     while (true) {

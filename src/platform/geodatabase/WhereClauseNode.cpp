@@ -68,6 +68,44 @@ StaticType staticType(const Node& node)
                       node.expression);
 }
 
+void forEachOperand(const Node& node, const std::function<void(const Node&)>& f)
+{
+    const auto each = [&](const std::vector<NodePtr>& nodes) {
+        for (const NodePtr& n : nodes) {
+            f(*n);
+        }
+    };
+    std::visit(Overloaded{
+                   [](const Literal&) {},
+                   [](const Field&) {},
+                   [&](const Call& n) { each(n.args); },
+                   [&](const In& n) {
+                       f(*n.operand);
+                       each(n.items);
+                   },
+                   [&](const Between& n) {
+                       f(*n.operand);
+                       f(*n.low);
+                       f(*n.high);
+                   },
+                   [&](const Like& n) {
+                       f(*n.text);
+                       f(*n.pattern);
+                   },
+                   [&](const And& n) { each(n.operands); },
+                   [&](const Or& n) { each(n.operands); },
+                   [&](const auto& n) {
+                       if constexpr (requires { n.operand; }) {
+                           f(*n.operand);
+                       } else {
+                           f(*n.left);
+                           f(*n.right);
+                       }
+                   },
+               },
+               node.expression);
+}
+
 const char* operatorText(CompareOp op)
 {
     constexpr const char* kText[] = {"=", "<>", "<", "<=", ">", ">="};

@@ -3,6 +3,7 @@
 #include "platform/geodatabase/WhereClause.h"
 #include "platform/geodatabase/WhereClauseValue.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <variant>
@@ -86,13 +87,12 @@ struct Between {
     NodePtr high;
     bool negated = false;
 };
+// And and Or chains are one node each, so a long list of alternatives stays one level deep.
 struct And {
-    NodePtr left;
-    NodePtr right;
+    std::vector<NodePtr> operands; // two or more
 };
 struct Or {
-    NodePtr left;
-    NodePtr right;
+    std::vector<NodePtr> operands; // two or more
 };
 struct Not {
     NodePtr operand;
@@ -114,10 +114,15 @@ const char* operatorText(CompareOp op);
 /// Whether an order (negative, zero, positive) satisfies `op`.
 bool holds(CompareOp op, int order);
 
+/// Calls `f` on each operand of `node`, in the order the clause writes them.
+void forEachOperand(const Node& node, const std::function<void(const Node&)>& f);
+
 /// Helper for std::visit with lambdas.
 template <class... Ts> struct Overloaded : Ts... {
     using Ts::operator()...;
 };
+// Clang before 17 does not deduce an aggregate's template arguments without a guide.
+template <class... Ts> Overloaded(Ts...) -> Overloaded<Ts...>;
 
 } // namespace brevant::platform::geodatabase::whereclause
 
@@ -125,6 +130,7 @@ namespace brevant::platform::geodatabase {
 
 struct WhereClause::Node {
     whereclause::Expression expression;
+    int depth = 1; // levels of this node and its operands
 };
 
 } // namespace brevant::platform::geodatabase

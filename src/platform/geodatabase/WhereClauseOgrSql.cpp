@@ -76,21 +76,20 @@ public:
 
     std::string sql(const Node& node, bool positive) const
     {
-        return std::visit(
-            Overloaded{
-                [&](const And& n) { return junction(*n.left, *n.right, true, positive); },
-                [&](const Or& n) { return junction(*n.left, *n.right, false, positive); },
-                [&](const Not& n) { return sql(*n.operand, !positive); },
-                [&](const IsNull& n) {
-                    return field(*n.operand) +
-                           (n.negated == positive ? " IS NOT NULL" : " IS NULL");
-                },
-                [&](const Compare& n) { return compare(n, positive); },
-                [&](const In& n) { return in(n, positive); },
-                [&](const Between& n) { return between(n, positive); },
-                [&](const auto&) -> std::string { throwNotOgr(m_clause); },
-            },
-            node.expression);
+        return std::visit(Overloaded{
+                              [&](const And& n) { return junction(n.operands, true, positive); },
+                              [&](const Or& n) { return junction(n.operands, false, positive); },
+                              [&](const Not& n) { return sql(*n.operand, !positive); },
+                              [&](const IsNull& n) {
+                                  return field(*n.operand) +
+                                         (n.negated == positive ? " IS NOT NULL" : " IS NULL");
+                              },
+                              [&](const Compare& n) { return compare(n, positive); },
+                              [&](const In& n) { return in(n, positive); },
+                              [&](const Between& n) { return between(n, positive); },
+                              [&](const auto&) -> std::string { throwNotOgr(m_clause); },
+                          },
+                          node.expression);
     }
 
 private:
@@ -99,11 +98,17 @@ private:
         return quotedField(m_resolve, m_clause, std::get<Field>(node.expression).name);
     }
 
-    std::string junction(const Node& left, const Node& right, bool isAnd, bool positive) const
+    std::string junction(const std::vector<NodePtr>& operands, bool isAnd, bool positive) const
     {
         const bool conjunction = isAnd == positive;
-        return joined(
-            {"(", sql(left, positive), conjunction ? " AND " : " OR ", sql(right, positive), ")"});
+        std::string text = "(";
+        for (const NodePtr& operand : operands) {
+            if (text.size() > 1) {
+                text += conjunction ? " AND " : " OR ";
+            }
+            text += sql(*operand, positive);
+        }
+        return text + ")";
     }
 
     std::string compare(const Compare& n, bool positive) const
@@ -146,14 +151,20 @@ private:
     const std::string& m_clause;
 };
 
+bool allOgr(const std::vector<NodePtr>& operands)
+{
+    return std::all_of(operands.begin(), operands.end(),
+                       [](const NodePtr& operand) { return ogrCanExpress(*operand); });
+}
+
 } // namespace
 
 bool ogrCanExpress(const Node& root)
 {
     return std::visit(
         Overloaded{
-            [](const And& n) { return ogrCanExpress(*n.left) && ogrCanExpress(*n.right); },
-            [](const Or& n) { return ogrCanExpress(*n.left) && ogrCanExpress(*n.right); },
+            [](const And& n) { return allOgr(n.operands); },
+            [](const Or& n) { return allOgr(n.operands); },
             [](const Not& n) { return ogrCanExpress(*n.operand); },
             [](const IsNull& n) { return isField(*n.operand); },
             [](const Compare& n) {

@@ -12,10 +12,9 @@ using automation::equalsIgnoreCase;
 
 namespace {
 
-template <class T> NodePtr make(T expression)
-{
-    return std::make_unique<Node>(Node{std::move(expression)});
-}
+// Far beyond what procedures and users write, well within what the stack and SQLite take.
+constexpr int kMaxDepth = 32;
+constexpr int kMaxNesting = 100;
 
 // Recursive descent, loosest binding first: Or, And, Not, predicates, &, + -, * /, unary.
 class Parser {
@@ -36,6 +35,42 @@ private:
     {
         throwSyntaxError(m_clause, what, token.position);
     }
+    [[noreturn]] void failNesting(int levels) const
+    {
+        fail("the clause nests deeper than " + std::to_string(levels) + " levels", peek());
+    }
+
+    /// Keeps the tree shallow enough for the recursive translators and evaluator, and for
+    /// SQLite's parser, which gives up on deeply parenthesised SQL.
+    template <class T> NodePtr make(T expression) const
+    {
+        auto node = std::make_unique<Node>(Node{std::move(expression)});
+        forEachOperand(*node, [&](const Node& operand) {
+            node->depth = std::max(node->depth, operand.depth + 1);
+        });
+        if (node->depth > kMaxDepth) {
+            failNesting(kMaxDepth);
+        }
+        return node;
+    }
+
+    /// Counts the parser's own recursion, which parentheses and signs drive without adding
+    /// nodes.
+    class Nesting {
+    public:
+        explicit Nesting(const Parser& parser) : m_parser(parser)
+        {
+            if (++m_parser.m_nesting > kMaxNesting) {
+                m_parser.failNesting(kMaxNesting);
+            }
+        }
+        ~Nesting() { --m_parser.m_nesting; }
+        Nesting(const Nesting&) = delete;
+        Nesting& operator=(const Nesting&) = delete;
+
+    private:
+        const Parser& m_parser;
+    };
 
     static std::string describe(const Token& token)
     {
@@ -95,24 +130,36 @@ private:
 
     NodePtr parseOr()
     {
-        NodePtr left = parseAnd();
-        while (acceptKeyword("Or")) {
-            left = make(Or{std::move(left), parseAnd()});
+        const Nesting nesting(*this);
+        NodePtr first = parseAnd();
+        if (!isKeyword(peek(), "Or")) {
+            return first;
         }
-        return left;
+        Or chain;
+        chain.operands.push_back(std::move(first));
+        while (acceptKeyword("Or")) {
+            chain.operands.push_back(parseAnd());
+        }
+        return make(std::move(chain));
     }
 
     NodePtr parseAnd()
     {
-        NodePtr left = parseNot();
-        while (acceptKeyword("And")) {
-            left = make(And{std::move(left), parseNot()});
+        NodePtr first = parseNot();
+        if (!isKeyword(peek(), "And")) {
+            return first;
         }
-        return left;
+        And chain;
+        chain.operands.push_back(std::move(first));
+        while (acceptKeyword("And")) {
+            chain.operands.push_back(parseNot());
+        }
+        return make(std::move(chain));
     }
 
     NodePtr parseNot()
     {
+        const Nesting nesting(*this);
         if (acceptKeyword("Not")) {
             return make(Not{parseNot()});
         }
@@ -220,6 +267,7 @@ private:
 
     NodePtr parseUnary()
     {
+        const Nesting nesting(*this);
         if (acceptSymbol("+")) {
             return parseUnary();
         }
@@ -341,6 +389,7 @@ private:
     std::string_view m_clause;
     std::vector<Token> m_tokens;
     std::size_t m_index = 0;
+    mutable int m_nesting = 0;
 };
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "platform/geodatabase/WhereClauseSqlite.h"
 
+#include "platform/automation/ErrorNumbers.h"
+#include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/WhereClauseSqlText.h"
 
 #include <algorithm>
@@ -8,6 +10,9 @@ namespace brevant::platform::geodatabase::whereclause {
 
 namespace {
 
+// Well beyond any clause written by hand, and within SQLite's own limit on statement length.
+constexpr std::size_t kMaxSqlSize = 1 << 20;
+
 class SqliteTranslator {
 public:
     SqliteTranslator(const WhereClause::FieldResolver& resolve, const std::string& clause)
@@ -15,7 +20,18 @@ public:
     {
     }
 
-    std::string sql(const Node& node) const { return std::visit(*this, node.expression); }
+    /// Fails when the SQL grows past kMaxSqlSize: some forms repeat an operand, so nesting
+    /// them doubles the text at each level.
+    std::string sql(const Node& node) const
+    {
+        std::string text = std::visit(*this, node.expression);
+        if (text.size() > kMaxSqlSize) {
+            throw automation::PlatformError(automation::ErrorNumber::InvalidArgument, kSource,
+                                            "where clause \"" + m_clause +
+                                                "\" is too complex to translate");
+        }
+        return text;
+    }
 
     std::string operator()(const Literal& literal) const
     {
@@ -119,12 +135,12 @@ public:
 
     std::string operator()(const And& conjunction) const
     {
-        return joined({"(", sql(*conjunction.left), " AND ", sql(*conjunction.right), ")"});
+        return chain(conjunction.operands, " AND ");
     }
 
     std::string operator()(const Or& disjunction) const
     {
-        return joined({"(", sql(*disjunction.left), " OR ", sql(*disjunction.right), ")"});
+        return chain(disjunction.operands, " OR ");
     }
 
     std::string operator()(const Not& negation) const
@@ -133,6 +149,18 @@ public:
     }
 
 private:
+    std::string chain(const std::vector<NodePtr>& operands, std::string_view junction) const
+    {
+        std::string text = "(";
+        for (const NodePtr& operand : operands) {
+            if (text.size() > 1) {
+                text += junction;
+            }
+            text += sql(*operand);
+        }
+        return text + ")";
+    }
+
     // A side that must compare as a number: a text that reads as a number becomes one, other
     // texts stay texts (and sort after numbers).
     std::string numeric(const Node& node) const

@@ -271,6 +271,29 @@ TEST(WhereClauseParse, ErrorsQuoteTheClause)
     }
 }
 
+TEST(WhereClauseParse, ANulCharacterIsRefusedWhereverItIs)
+{
+    // SQL built from such a clause was cut short at the NUL on its way to SQLite.
+    using namespace std::string_literals;
+    for (const std::string& text : {"Tract = 'a\0' Or 1 = 1"s, "[Tr\0act] = 1"s, "Tract = 1 \0"s}) {
+        try {
+            WhereClause::parse(text);
+            ADD_FAILURE() << "parsed a clause holding a NUL";
+        } catch (const PlatformError& e) {
+            EXPECT_NE(std::string(e.what()).find("a NUL character is not allowed"),
+                      std::string::npos)
+                << e.what();
+        }
+    }
+    EXPECT_THROW(WhereClause::parse("[Tr\0act] = 1"s), PlatformError);
+    try {
+        WhereClause::parse("Tract = 'a\0'"s);
+    } catch (const PlatformError& e) {
+        EXPECT_STREQ(e.what(), "invalid where clause \"Tract = 'a\\0'\": a NUL character is "
+                               "not allowed at character 11");
+    }
+}
+
 TEST(WhereClauseParse, BlankTextSelectsEveryRow)
 {
     for (const char* text : {"", "   ", "\t"}) {
@@ -433,6 +456,60 @@ TEST(WhereClauseSqlite, QuotesNamesAndTexts)
     const std::string sql =
         clause.toSqlite([](std::string_view name) { return std::optional<std::string>(name); });
     EXPECT_EQ(sql, "(\"we\"\"ird\" = 'it''s' COLLATE NOCASE)");
+}
+
+std::string joined(const std::string& part, const std::string& separator, int count)
+{
+    std::string text = part;
+    for (int i = 1; i < count; ++i) {
+        text += separator + part;
+    }
+    return text;
+}
+
+TEST(WhereClauseLimits, LongAndOrChainsSelectTheSameRowsEverywhere)
+{
+    // Such chains were nested two by two, past the depth SQLite's parser takes.
+    std::string alternatives = "Count = 0";
+    for (int i = 1; i < 300; ++i) {
+        alternatives += " Or Count = " + std::to_string(i);
+    }
+    EXPECT_EQ(mixedTable().select(alternatives), (RowIds{1, 2, 3, 5, 7, 8, 9, 10}));
+    EXPECT_EQ(mixedTable().select("Not (" + alternatives + ")"), (RowIds{4}));
+    EXPECT_EQ(mixedTable().select(joined("Count <> 1000", " And ", 300)),
+              (RowIds{1, 2, 3, 4, 5, 7, 8, 9, 10}));
+    EXPECT_EQ(mixedTable().select(std::string(30, '(') + "Count = 5" + std::string(30, ')')),
+              (RowIds{2}));
+}
+
+TEST(WhereClauseLimits, DeepNestingIsAnErrorInsteadOfACrash)
+{
+    for (const std::string& text :
+         {std::string(5000, '(') + "Count = 1" + std::string(5000, ')'),
+          joined("-", " ", 5000) + " Count > 0", joined("Not", " ", 5000) + " Count = 1",
+          joined("Count", " + ", 300) + " > 0",
+          joined("Len(", "", 200) + "Name" + std::string(200, ')') + " > 0"}) {
+        try {
+            WhereClause::parse(text);
+            ADD_FAILURE() << "parsed: " << text.substr(0, 40);
+        } catch (const PlatformError& e) {
+            EXPECT_NE(std::string(e.what()).find("nests deeper than"), std::string::npos)
+                << std::string(e.what()).substr(0, 200);
+        }
+    }
+}
+
+TEST(WhereClauseLimits, SqlThatDoublesAtEveryLevelIsRefusedBeforeItFillsMemory)
+{
+    // Concatenation names each side twice in SQL, so nesting it doubled the text each time.
+    const WhereClause clause = WhereClause::parse(joined("Name", " & ", 30) + " = 'a'");
+    try {
+        clause.toSqlite([](std::string_view name) { return std::string(name); });
+        ADD_FAILURE() << "translated";
+    } catch (const PlatformError& e) {
+        EXPECT_NE(std::string(e.what()).find("is too complex to translate"), std::string::npos)
+            << std::string(e.what()).substr(0, 200);
+    }
 }
 
 } // namespace
