@@ -79,7 +79,11 @@ DialogAction parse(const json& action)
     }
     DialogAction parsed;
     parsed.source = action.dump();
-    const auto& [kind, value] = *action.items().begin();
+    // The first member names the action; an iterator of the object itself outlives the lines
+    // below, where one of a temporary item range would not.
+    const auto first = action.begin();
+    const std::string kind = first.key();
+    const json& value = first.value();
     if (action.contains("click")) {
         parsed.kind = DialogAction::Kind::Click;
         parsed.coordinates = coordinates(action, action.at("click"), 2);

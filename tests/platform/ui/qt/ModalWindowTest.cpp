@@ -76,6 +76,9 @@ protected:
     }
 
     std::shared_ptr<DialogScript> m_script;
+    // Made before the dialog member: a widget needs the application, also when this test runs
+    // in a process of its own.
+    const bool m_application = (ensureWidgetApplication(), true);
     QDialog m_dialog;
     QPushButton* m_ok = nullptr;
     QLineEdit* m_name = nullptr;
