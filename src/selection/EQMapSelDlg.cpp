@@ -3,6 +3,8 @@
 #include "context/EqShape.h"
 #include "context/ErrorTrap.h"
 #include "platform/automation/ErrorNumbers.h"
+#include "platform/ui/qt/ModalWindow.h"
+#include "selection/frmFl.h"
 
 namespace brevant::selection {
 
@@ -12,10 +14,23 @@ EQMapSelDlg::EQMapSelDlg()
                         [] { context::openStudyRegion(false); });
 }
 
+void EQMapSelDlg::GetflStudyCaseId(int16_t& StudyCaseId)
+{
+    // The host is told of a failure by the error log only, as with every selection method.
+    context::runLogged(" GetflStudyCaseId", platform::automation::LibraryCode::Procedure, [&] {
+        StudyCaseId = 0;
+        platform::ui::qt::ensureWidgetApplication();
+        auto& form = frmFl::instance();
+        form.showModal();
+        StudyCaseId = form.m_StudyCaseId;
+    });
+}
+
 const platform::automation::MemberTable* EQMapSelDlg::members() const
 {
     static const platform::automation::MemberTable table = [] {
         platform::automation::MemberTable t("EQMapSelDlg");
+        t.method("GetflStudyCaseId", &EQMapSelDlg::GetflStudyCaseId);
         return t;
     }();
     return &table;

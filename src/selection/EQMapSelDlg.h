@@ -3,6 +3,7 @@
 #include "platform/automation/AutomationObject.h"
 #include "platform/automation/MemberTable.h"
 
+#include <cstdint>
 #include <memory>
 
 namespace brevant::platform::carto {
@@ -20,6 +21,11 @@ public:
 
     std::string_view className() const override { return "EQMapSelDlg"; }
     const platform::automation::MemberTable* members() const override;
+
+    /// Sets StudyCaseId to 0, shows the shared flood study-case form and hands back the case
+    /// chosen there (0 after Cancel or with none listed). Errors are recorded under
+    /// " GetflStudyCaseId" and not raised; StudyCaseId then keeps what it held.
+    void GetflStudyCaseId(int16_t& StudyCaseId);
 };
 
 } // namespace brevant::selection
