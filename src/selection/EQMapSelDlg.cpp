@@ -2,11 +2,62 @@
 
 #include "context/EqShape.h"
 #include "context/ErrorTrap.h"
+#include "context/StudyRegionContext.h"
+#include "host/GisDataService.h"
+#include "host/HostServices.h"
+#include "host/RegionSelectionStore.h"
 #include "platform/automation/ErrorNumbers.h"
+#include "platform/geodatabase/Table.h"
+#include "platform/tabular/Recordset.h"
 #include "platform/ui/qt/ModalWindow.h"
 #include "selection/frmFl.h"
 
 namespace brevant::selection {
+
+namespace {
+
+using platform::automation::Variant;
+
+/// Most codes one condition carries: a batch is sent once it holds more than 2000.
+constexpr std::size_t kBatchCodes = 2001;
+
+/// Sends `source`'s features whose key is among the codes of `units` (column `codeColumn`) to
+/// `target`, through the host's copy, in batches of at most 2001 codes. While `keepCurSel` is
+/// given and false, a unit with a column-2 flag other than 0 sets it.
+void copyUnitFeatures(const Variant& source, const Variant& target, const std::string& head,
+                      platform::tabular::Recordset& units, int32_t codeColumn, bool* keepCurSel)
+{
+    auto& gis = *context::studyRegionContext().GisDataService;
+    const int32_t count = units.recordCount();
+    // An empty level has no first record: that fails here as it always has.
+    units.moveFirst();
+    std::string codes;
+    std::size_t inBatch = 0;
+    for (int32_t i = 0; i < count; ++i) {
+        if (inBatch > 0) {
+            codes += ",";
+        }
+        codes += "'" + units.value(codeColumn).toString() + "'";
+        ++inBatch;
+        if (keepCurSel != nullptr && !*keepCurSel) {
+            const Variant flag = units.value(2);
+            if (!flag.isNull() && !flag.isEmpty() && flag.toDouble() != 0) {
+                *keepCurSel = true;
+            }
+        }
+        const bool last = i + 1 == count;
+        if (inBatch >= kBatchCodes || last) {
+            gis.CopyFeatures(source, target, head + codes + ")");
+            codes.clear();
+            inBatch = 0;
+        }
+        if (!last) {
+            units.moveNext();
+        }
+    }
+}
+
+} // namespace
 
 EQMapSelDlg::EQMapSelDlg()
 {
@@ -26,11 +77,32 @@ void EQMapSelDlg::GetflStudyCaseId(int16_t& StudyCaseId)
     });
 }
 
+void EQMapSelDlg::CreateBlockData(const platform::automation::Variant& bFirstCD,
+                                  const std::string& sCDPathWithState)
+{
+    context::runLogged(" CreateBlockData", platform::automation::LibraryCode::Procedure, [&] {
+        const auto& ctx = context::studyRegionContext();
+        Variant source;
+        Variant target;
+        context::OpenMap("hzCensusBlock", sCDPathWithState + "bndrygbs.mdb", source);
+        context::OpenMap("hzCensusBlock", ctx.SystemDataFolder + "temp.mdb", target);
+        if (bFirstCD.toBool()) {
+            target.objectAs<platform::geodatabase::Table>()->deleteSearchedRows();
+        }
+        // A store of its own, as the host hands out a fresh view of the units.
+        auto store = host::hostServices().createRegionSelectionStore();
+        auto counties = store->GetRegionUnits(1).objectAs<platform::tabular::Recordset>();
+        copyUnitFeatures(source, target, "Left(Tract,5) In (", *counties, 0, nullptr);
+        counties->close();
+    });
+}
+
 const platform::automation::MemberTable* EQMapSelDlg::members() const
 {
     static const platform::automation::MemberTable table = [] {
         platform::automation::MemberTable t("EQMapSelDlg");
-        t.method("GetflStudyCaseId", &EQMapSelDlg::GetflStudyCaseId);
+        t.method("CreateBlockData", &EQMapSelDlg::CreateBlockData)
+            .method("GetflStudyCaseId", &EQMapSelDlg::GetflStudyCaseId);
         return t;
     }();
     return &table;

@@ -2,9 +2,11 @@
 
 #include "platform/automation/AutomationObject.h"
 #include "platform/automation/MemberTable.h"
+#include "platform/automation/Variant.h"
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 namespace brevant::platform::carto {
 class Map;
@@ -26,6 +28,13 @@ public:
     /// chosen there (0 after Cancel or with none listed). Errors are recorded under
     /// " GetflStudyCaseId" and not raised; StudyCaseId then keeps what it held.
     void GetflStudyCaseId(int16_t& StudyCaseId);
+
+    /// Copies the census blocks of the chosen counties from the state's "bndrygbs.mdb" in
+    /// `sCDPathWithState` into "hzCensusBlock" of the system's "temp.mdb", emptied first when
+    /// `bFirstCD` is true. Called once per state of the region. Errors are recorded under
+    /// " CreateBlockData" and not raised.
+    void CreateBlockData(const platform::automation::Variant& bFirstCD,
+                         const std::string& sCDPathWithState);
 };
 
 } // namespace brevant::selection

@@ -1,0 +1,228 @@
+#include "context/StudyRegionContext.h"
+#include "host/local/HostRoot.h"
+#include "host/local/LocalGisDataService.h"
+#include "host/local/LocalHostServices.h"
+#include "host/local/LocalRegionSelectionStore.h"
+#include "host/sample/SampleHost.h"
+#include "platform/geodatabase/Cursor.h"
+#include "platform/geodatabase/Row.h"
+#include "platform/geodatabase/Table.h"
+#include "platform/geodatabase/Workspace.h"
+#include "platform/tabular/Connection.h"
+#include "selection/EQMapSelDlg.h"
+#include "support/HostFixture.h"
+
+#include <gtest/gtest.h>
+#include <fstream>
+#include <set>
+
+namespace brevant::selection {
+namespace {
+
+namespace fs = std::filesystem;
+namespace gdb = platform::geodatabase;
+using platform::automation::Variant;
+
+/// The reference host, with every copy's clause noted.
+class NotingGis : public host::local::LocalGisDataService {
+public:
+    NotingGis(fs::path root, std::vector<std::string>& clauses)
+        : LocalGisDataService(std::move(root)), m_clauses(clauses)
+    {
+    }
+    void CopyFeatures(const Variant& source, const Variant& target,
+                      const std::string& whereClause) override
+    {
+        m_clauses.push_back(whereClause);
+        LocalGisDataService::CopyFeatures(source, target, whereClause);
+    }
+
+private:
+    std::vector<std::string>& m_clauses;
+};
+
+class NotingHost : public host::local::LocalHostServices {
+public:
+    explicit NotingHost(fs::path root) : LocalHostServices(root), m_root(std::move(root)) {}
+    std::shared_ptr<host::GisDataService> createGisDataService() override
+    {
+        return std::make_shared<NotingGis>(m_root, clauses);
+    }
+    std::vector<std::string> clauses;
+
+private:
+    fs::path m_root;
+};
+
+class CreateBlockData : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        s_dir = new test::TempDir;
+        host::sample::writeSampleHost(s_dir->path() / "host", host::sample::SampleSize::Small, 4);
+    }
+    static void TearDownTestSuite()
+    {
+        delete s_dir;
+        s_dir = nullptr;
+    }
+
+    void SetUp() override
+    {
+        m_host = std::make_shared<NotingHost>(root());
+        host::installHostServices(m_host);
+        context::resetStudyRegionContext();
+        clearCounties();
+        m_dialog = std::make_shared<EQMapSelDlg>();
+    }
+    void TearDown() override
+    {
+        m_dialog.reset();
+        context::resetStudyRegionContext();
+        host::installHostServices(nullptr);
+    }
+
+    static fs::path root() { return s_dir->path() / "host"; }
+    static std::string stateFolder(const std::string& abbreviation)
+    {
+        return host::local::HostRoot::load(root()).stateDataFolder() + abbreviation + "/";
+    }
+
+    static std::shared_ptr<platform::tabular::Connection> regionDatabase()
+    {
+        const auto host = host::local::HostRoot::load(root());
+        return platform::tabular::Connection::connect(
+            "sqlite:" + host.regionDatabasePath(host.currentRegion()).string());
+    }
+
+    static void clearCounties()
+    {
+        host::local::LocalRegionSelectionStore(root()).GetRegionUnits(1);
+        regionDatabase()->execute("DELETE FROM RegionCounties");
+    }
+
+    /// Stores county codes as chosen, through the store the form writes to.
+    static void chooseCounties(const std::vector<std::string>& codes)
+    {
+        host::local::LocalRegionSelectionStore store(root());
+        auto units = store.OpenRegionUnits(1, true).objectAs<platform::tabular::Recordset>();
+        for (const auto& code : codes) {
+            units->addNew();
+            units->setValue(0, code);
+            units->setValue(1, std::string("a state"));
+        }
+        store.SaveRegionUnits(units);
+    }
+
+    /// The block codes of a block class, by their county field (not by the tract code).
+    static std::multiset<std::string> blocks(const std::string& database,
+                                             const std::set<std::string>& counties = {})
+    {
+        auto table = gdb::Workspace::open(database, true).openTable("hzCensusBlock");
+        std::multiset<std::string> codes;
+        gdb::Cursor cursor = table->search();
+        gdb::Row row;
+        const int county = table->fields().findField("CountyFips");
+        const int block = table->fields().findField("CensusBlock");
+        while (cursor.next(row)) {
+            if (counties.empty() || counties.count(row.value(county).toString()) > 0) {
+                codes.insert(row.value(block).toString());
+            }
+        }
+        return codes;
+    }
+    static std::multiset<std::string> regionBlocks()
+    {
+        return blocks(host::local::HostRoot::load(root()).systemDataFolder() + "temp.mdb");
+    }
+    static std::vector<std::string> countiesOf(const std::string& abbreviation)
+    {
+        std::set<std::string> counties;
+        for (const auto& block : blocks(stateFolder(abbreviation) + "bndrygbs.mdb")) {
+            counties.insert(block.substr(0, 5));
+        }
+        return {counties.begin(), counties.end()};
+    }
+    std::string errorLog() const
+    {
+        std::ifstream in(context::studyRegionContext().ErrorLogPath, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    }
+
+    static test::TempDir* s_dir;
+    std::shared_ptr<NotingHost> m_host;
+    std::shared_ptr<EQMapSelDlg> m_dialog;
+};
+
+test::TempDir* CreateBlockData::s_dir = nullptr;
+
+TEST_F(CreateBlockData, CopiesTheChosenCountiesBlocksAppendingPerStateAndReplacingOnTheFirst)
+{
+    const auto california = countiesOf("CA");
+    const auto nevada = countiesOf("NV");
+    ASSERT_GE(california.size(), 3u);
+    ASSERT_GE(nevada.size(), 1u);
+    chooseCounties({california[0], california[2], nevada[0]});
+    const auto caBlocks =
+        blocks(stateFolder("CA") + "bndrygbs.mdb", {california[0], california[2]});
+    const auto nvBlocks = blocks(stateFolder("NV") + "bndrygbs.mdb", {nevada[0]});
+    ASSERT_FALSE(caBlocks.empty());
+
+    m_dialog->CreateBlockData(Variant(true), stateFolder("CA"));
+    EXPECT_EQ(regionBlocks(), caBlocks);
+    ASSERT_EQ(m_host->clauses.size(), 1u);
+    EXPECT_EQ(m_host->clauses[0], "Left(Tract,5) In ('" + california[0] + "','" + california[2] +
+                                      "','" + nevada[0] + "')");
+
+    m_dialog->CreateBlockData(Variant(false), stateFolder("NV"));
+    auto both = caBlocks;
+    both.insert(nvBlocks.begin(), nvBlocks.end());
+    EXPECT_EQ(regionBlocks(), both) << "a later state adds its blocks";
+
+    m_dialog->CreateBlockData(Variant(true), stateFolder("CA"));
+    EXPECT_EQ(regionBlocks(), caBlocks) << "the first state of a new region replaces them";
+    EXPECT_EQ(errorLog(), "");
+}
+
+TEST_F(CreateBlockData, SendsAtMost2001CodesACopy)
+{
+    const auto california = countiesOf("CA");
+    std::vector<std::string> codes;
+    for (int i = 0; i < 2000; ++i) {
+        codes.push_back("99" + std::to_string(100 + i));
+    }
+    codes.push_back(california[0]);
+    chooseCounties(codes);
+    m_dialog->CreateBlockData(Variant(true), stateFolder("CA"));
+    ASSERT_EQ(m_host->clauses.size(), 1u) << "2001 codes go in one copy";
+
+    // The 2002nd code goes alone in a second copy, and its blocks arrive too.
+    chooseCounties({california[1]});
+    m_host->clauses.clear();
+    m_dialog->CreateBlockData(Variant(true), stateFolder("CA"));
+    ASSERT_EQ(m_host->clauses.size(), 2u);
+    EXPECT_EQ(m_host->clauses[1], "Left(Tract,5) In ('" + california[1] + "')");
+    EXPECT_EQ(std::count(m_host->clauses[0].begin(), m_host->clauses[0].end(), '\''), 2 * 2001);
+    EXPECT_EQ(regionBlocks(),
+              blocks(stateFolder("CA") + "bndrygbs.mdb", {california[0], california[1]}));
+}
+
+TEST_F(CreateBlockData, NoChosenCountyIsRecordedAfterTheFirstStateEmptiedTheBlocks)
+{
+    chooseCounties({countiesOf("CA")[0]});
+    m_dialog->CreateBlockData(Variant(true), stateFolder("CA"));
+    ASSERT_FALSE(regionBlocks().empty());
+    clearCounties();
+
+    m_dialog->CreateBlockData(Variant(true), stateFolder("CA"));
+    EXPECT_TRUE(regionBlocks().empty());
+    EXPECT_NE(errorLog().find(" CreateBlockData"), std::string::npos) << errorLog();
+
+    // A missing state database is recorded too, and nothing is raised to the host.
+    const std::size_t before = errorLog().size();
+    m_dialog->CreateBlockData(Variant(false), stateFolder("XX"));
+    EXPECT_GT(errorLog().size(), before);
+}
+
+} // namespace
+} // namespace brevant::selection
