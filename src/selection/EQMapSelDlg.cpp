@@ -12,6 +12,8 @@
 #include "platform/ui/qt/ModalWindow.h"
 #include "selection/frmFl.h"
 
+#include <stdexcept>
+
 namespace brevant::selection {
 
 namespace {
@@ -94,6 +96,40 @@ void EQMapSelDlg::CreateBlockData(const platform::automation::Variant& bFirstCD,
         auto counties = store->GetRegionUnits(1).objectAs<platform::tabular::Recordset>();
         copyUnitFeatures(source, target, "Left(Tract,5) In (", *counties, 0, nullptr);
         counties->close();
+    });
+}
+
+void EQMapSelDlg::OpenLevelClass(int16_t level)
+{
+    const auto& ctx = context::studyRegionContext();
+    static const char* const classes[] = {"syState", "syCounty", "sytract", "hzCensusBlock"};
+    if (level < 0 || level > 3) {
+        throw std::out_of_range("unit level " + std::to_string(level) + " is none of 0 to 3");
+    }
+    m_sDBName =
+        level == 3 ? ctx.SystemDataFolder + "temp.mdb" : ctx.StateDataFolder + "syboundary.mdb";
+    context::OpenMap(classes[level], m_sDBName, m_vLevelClass);
+}
+
+void EQMapSelDlg::GetSelLayer(int16_t level, platform::automation::Variant& result)
+{
+    context::runLogged(" GetSelLayer", platform::automation::LibraryCode::Procedure, [&] {
+        const auto& ctx = context::studyRegionContext();
+        context::OpenMap("RegionSelection", ctx.SystemDataFolder + "temp.mdb", result);
+        result.objectAs<platform::geodatabase::Table>()->deleteSearchedRows();
+        std::string head;
+        if (level == 1) {
+            head = "StateFips In (";
+        } else if (level == 2) {
+            head = "CountyFips In (";
+        } else if (level == 3) {
+            head = "Tract In (";
+        }
+        auto parents = ctx.RegionSelectionStore->GetRegionUnits(static_cast<int16_t>(level - 1))
+                           .objectAs<platform::tabular::Recordset>();
+        // A state record carries its code in column 1; the other levels in column 0.
+        copyUnitFeatures(m_vLevelClass, result, head, *parents, level == 1 ? 1 : 0, &m_bKeepCurSel);
+        parents->close();
     });
 }
 

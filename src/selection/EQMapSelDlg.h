@@ -35,6 +35,25 @@ public:
     /// " CreateBlockData" and not raised.
     void CreateBlockData(const platform::automation::Variant& bFirstCD,
                          const std::string& sCDPathWithState);
+
+    // The data side of a region dialog, not on the automation interface.
+
+    /// The first steps of a level's dialog: its database into m_sDBName and its whole unit
+    /// class (all states, counties or tracts, or the region's census blocks) into m_vLevelClass.
+    /// Raises what OpenMap raises.
+    void OpenLevelClass(int16_t level);
+    /// Empties "RegionSelection" of the system's "temp.mdb" and fills it with the units of
+    /// m_vLevelClass that lie in the units chosen at the level above (levels 1 to 3), handing the
+    /// class back in `result`. A chosen parent flagged in column 2 sets m_bKeepCurSel. Errors are
+    /// recorded under " GetSelLayer" and not raised; `result` holds what was filled by then.
+    void GetSelLayer(int16_t level, platform::automation::Variant& result);
+    const std::string& levelDatabase() const { return m_sDBName; }
+    bool keepCurSel() const { return m_bKeepCurSel; }
+
+private:
+    std::string m_sDBName;
+    platform::automation::Variant m_vLevelClass;
+    bool m_bKeepCurSel = false;
 };
 
 } // namespace brevant::selection

@@ -12,9 +12,10 @@
 #include "selection/EQMapSelDlg.h"
 #include "support/HostFixture.h"
 
-#include <gtest/gtest.h>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <set>
+#include <tuple>
 
 namespace brevant::selection {
 namespace {
@@ -112,6 +113,60 @@ protected:
             units->setValue(1, std::string("a state"));
         }
         store.SaveRegionUnits(units);
+    }
+
+    /// Stores units of a level (column 0, column 1, the host's flag) as chosen.
+    static void chooseUnits(int16_t level,
+                            const std::vector<std::tuple<std::string, std::string, int>>& units)
+    {
+        host::local::LocalRegionSelectionStore store(root());
+        regionDatabase()->execute(std::string("DELETE FROM ") +
+                                  host::local::LocalRegionSelectionStore::tableOf(level));
+        auto records = store.OpenRegionUnits(level, true).objectAs<platform::tabular::Recordset>();
+        for (const auto& [first, second, flag] : units) {
+            records->addNew();
+            records->setValue(0, first);
+            records->setValue(1, second);
+            records->setValue(2, flag);
+        }
+        store.SaveRegionUnits(records);
+    }
+
+    /// The values of one field over a class's rows.
+    static std::multiset<std::string> column(const Variant& featureClass, const std::string& name)
+    {
+        auto table = featureClass.objectAs<gdb::Table>();
+        std::multiset<std::string> values;
+        gdb::Cursor cursor = table->search();
+        gdb::Row row;
+        const int index = table->fields().findField(name);
+        while (cursor.next(row)) {
+            values.insert(row.value(index).toString());
+        }
+        return values;
+    }
+    /// The codes of a statewide class whose code starts with one of `prefixes`.
+    static std::multiset<std::string> statewide(const std::string& className,
+                                                const std::string& codeField,
+                                                const std::set<std::string>& prefixes)
+    {
+        auto table =
+            gdb::Workspace::open(
+                host::local::HostRoot::load(root()).stateDataFolder() + "syboundary.mdb", true)
+                .openTable(className);
+        std::multiset<std::string> codes;
+        gdb::Cursor cursor = table->search();
+        gdb::Row row;
+        const int index = table->fields().findField(codeField);
+        while (cursor.next(row)) {
+            const std::string code = row.value(index).toString();
+            for (const auto& prefix : prefixes) {
+                if (code.rfind(prefix, 0) == 0) {
+                    codes.insert(code);
+                }
+            }
+        }
+        return codes;
     }
 
     /// The block codes of a block class, by their county field (not by the tract code).
@@ -222,6 +277,62 @@ TEST_F(CreateBlockData, NoChosenCountyIsRecordedAfterTheFirstStateEmptiedTheBloc
     const std::size_t before = errorLog().size();
     m_dialog->CreateBlockData(Variant(false), stateFolder("XX"));
     EXPECT_GT(errorLog().size(), before);
+}
+
+using GetSelLayer = CreateBlockData;
+
+TEST_F(GetSelLayer, CandidatesAreTheUnitsInsideTheChosenParentsAndReplaceTheLastOnes)
+{
+    chooseUnits(0, {{"California", "06", 0}, {"Oregon", "41", 0}});
+    m_dialog->OpenLevelClass(1);
+    EXPECT_EQ(m_dialog->levelDatabase(),
+              host::local::HostRoot::load(root()).stateDataFolder() + "syboundary.mdb");
+    Variant candidates;
+    m_dialog->GetSelLayer(1, candidates);
+    const auto counties = statewide("syCounty", "CountyFips", {"06", "41"});
+    ASSERT_FALSE(counties.empty());
+    EXPECT_EQ(column(candidates, "CountyFips"), counties);
+    EXPECT_EQ(m_host->clauses.back(), "StateFips In ('06','41')") << "a state's code is column 1";
+    EXPECT_FALSE(m_dialog->keepCurSel());
+
+    // Tracts of two counties: the county codes stand in column 0, and the counties chosen
+    // before are gone from the candidates.
+    const auto someCounties = countiesOf("CA");
+    chooseUnits(1, {{someCounties[0], "California", 0}, {someCounties[1], "California", 0}});
+    m_dialog->OpenLevelClass(2);
+    m_dialog->GetSelLayer(2, candidates);
+    EXPECT_EQ(column(candidates, "Tract"),
+              statewide("sytract", "Tract", {someCounties[0], someCounties[1]}));
+    EXPECT_EQ(column(candidates, "CountyFips").count(someCounties[2]), 0u);
+    EXPECT_EQ(errorLog(), "");
+}
+
+TEST_F(GetSelLayer, AFlaggedParentKeepsTheCurrentSelection)
+{
+    chooseUnits(0, {{"California", "06", 0}, {"Nevada", "32", 2}, {"Oregon", "41", 0}});
+    m_dialog->OpenLevelClass(1);
+    Variant candidates;
+    m_dialog->GetSelLayer(1, candidates);
+    EXPECT_TRUE(m_dialog->keepCurSel());
+
+    // Once set it stays set, whatever the flags of the next level's parents.
+    chooseUnits(0, {{"California", "06", 0}});
+    m_dialog->GetSelLayer(1, candidates);
+    EXPECT_TRUE(m_dialog->keepCurSel());
+}
+
+TEST_F(GetSelLayer, AnEmptyParentLevelIsRecordedAndLeavesNoCandidates)
+{
+    chooseUnits(0, {{"California", "06", 0}});
+    m_dialog->OpenLevelClass(1);
+    Variant candidates;
+    m_dialog->GetSelLayer(1, candidates);
+    ASSERT_FALSE(column(candidates, "CountyFips").empty());
+
+    chooseUnits(0, {});
+    m_dialog->GetSelLayer(1, candidates);
+    EXPECT_TRUE(column(candidates, "CountyFips").empty()) << "emptied before the parents failed";
+    EXPECT_NE(errorLog().find(" GetSelLayer"), std::string::npos) << errorLog();
 }
 
 } // namespace
