@@ -7,6 +7,9 @@
 #include "host/HostServices.h"
 #include "host/RegionSelectionStore.h"
 #include "platform/automation/ErrorNumbers.h"
+#include "platform/carto/FeatureLayer.h"
+#include "platform/geodatabase/FeatureClass.h"
+#include "platform/geodatabase/QueryFilter.h"
 #include "platform/geodatabase/Table.h"
 #include "platform/tabular/Recordset.h"
 #include "platform/ui/qt/ModalWindow.h"
@@ -131,6 +134,78 @@ void EQMapSelDlg::GetSelLayer(int16_t level, platform::automation::Variant& resu
         copyUnitFeatures(m_vLevelClass, result, head, *parents, level == 1 ? 1 : 0, &m_bKeepCurSel);
         parents->close();
     });
+}
+
+namespace {
+
+std::shared_ptr<platform::carto::FeatureLayer> layerOf(const Variant& featureClass)
+{
+    return std::make_shared<platform::carto::FeatureLayer>(
+        featureClass.objectAs<platform::geodatabase::FeatureClass>());
+}
+
+std::shared_ptr<platform::carto::FeatureLayer> boundaryLayer()
+{
+    auto layer = layerOf(context::studyRegionContext().GisDataService->GetBoundaryClass(0, 0, ""));
+    layer->setName("Region Boundary");
+    return layer;
+}
+
+void selectIdentifier(platform::carto::FeatureLayer& layer, const std::string& keyField,
+                      const std::string& identifier)
+{
+    // Quoted as it comes: an identifier is a code of the scenario database, not user text.
+    layer.selectFeatures(
+        platform::geodatabase::QueryFilter::where(keyField + " = " + "'" + identifier + "'"),
+        platform::carto::SelectionResult::New);
+}
+
+} // namespace
+
+EQMapSelDlg::HazardDialog EQMapSelDlg::PrepareHazardSelection(int16_t dlgType,
+                                                              const std::string& identifier)
+{
+    if (dlgType != 1 && dlgType != 2) {
+        throw std::out_of_range("hazard selection kind " + std::to_string(dlgType) +
+                                " is neither 1 nor 2");
+    }
+    const auto& ctx = context::studyRegionContext();
+    HazardDialog dialog;
+    dialog.dlgType = dlgType;
+    dialog.boundaryLayer = boundaryLayer();
+    const bool epicentre = dlgType == 1;
+    dialog.caption =
+        epicentre ? "Please Select Historical Epicenter" : "Please Select Source Fault";
+    dialog.layer = layerOf(ctx.GisDataService->OpenFeatureClass(
+        epicentre ? "eqEpicenter" : "eqFault", ctx.ScenarioFolder + "SCENARIO.mdb"));
+    selectIdentifier(*dialog.layer, epicentre ? "eqEpicenterId" : "eqFaultId", identifier);
+    return dialog;
+}
+
+EQMapSelDlg::HazardDialog EQMapSelDlg::PrepareEpicenterDefinition(const std::string& sScenType,
+                                                                  const std::string& sSelFltId)
+{
+    const auto& ctx = context::studyRegionContext();
+    HazardDialog dialog;
+    dialog.boundaryLayer = boundaryLayer();
+    const Variant points =
+        ctx.GisDataService->OpenFeatureClass("HazardSelection", ctx.SystemDataFolder + "temp.mdb");
+    auto pointClass = points.objectAs<platform::geodatabase::FeatureClass>();
+    if (pointClass->rowCount() > 0) {
+        pointClass->deleteSearchedRows();
+    }
+    dialog.epicLayer = layerOf(points);
+    dialog.layer = layerOf(
+        ctx.GisDataService->OpenFeatureClass("eqFault", ctx.ScenarioFolder + "SCENARIO.mdb"));
+    if (sScenType == "S") {
+        dialog.caption = "Please define epicenter for the selected source fault";
+        dialog.dlgType = 3;
+        selectIdentifier(*dialog.layer, "eqFaultId", sSelFltId);
+    } else {
+        dialog.caption = "Please define epicenter for arbitrary event";
+        dialog.dlgType = 4;
+    }
+    return dialog;
 }
 
 const platform::automation::MemberTable* EQMapSelDlg::members() const

@@ -9,8 +9,9 @@
 #include <string>
 
 namespace brevant::platform::carto {
+class FeatureLayer;
 class Map;
-}
+} // namespace brevant::platform::carto
 
 namespace brevant::selection {
 
@@ -47,6 +48,29 @@ public:
     /// class back in `result`. A chosen parent flagged in column 2 sets m_bKeepCurSel. Errors are
     /// recorded under " GetSelLayer" and not raised; `result` holds what was filled by then.
     void GetSelLayer(int16_t level, platform::automation::Variant& result);
+    /// What a map selection form is given for a hazard dialog.
+    struct HazardDialog {
+        /// 1 historical epicentre, 2 source fault, 3 epicentre on the fault, 4 arbitrary event.
+        int16_t dlgType = 0;
+        std::string caption;
+        /// The study region boundary as "Region Boundary", drawn behind.
+        std::shared_ptr<platform::carto::FeatureLayer> boundaryLayer;
+        /// The epicentres or faults, named by their class's alias name, the given identifier
+        /// selected.
+        std::shared_ptr<platform::carto::FeatureLayer> layer;
+        /// Epicentre definitions only: the emptied "HazardSelection" the point goes to.
+        std::shared_ptr<platform::carto::FeatureLayer> epicLayer;
+    };
+    /// The data side of SelHistoricalEpicenter (`dlgType` 1) and SelFault (2): the boundary,
+    /// and the class's layer with `identifier` selected (nothing when none matches). Raises
+    /// what the host raises.
+    HazardDialog PrepareHazardSelection(int16_t dlgType, const std::string& identifier);
+    /// The data side of DefineEpicenter: "HazardSelection" emptied, and the faults' layer, with
+    /// `sSelFltId` selected and kind 3 when `sScenType` is exactly "S", else kind 4 (an
+    /// arbitrary event) with nothing selected. Raises what the host raises.
+    HazardDialog PrepareEpicenterDefinition(const std::string& sScenType,
+                                            const std::string& sSelFltId);
+
     const std::string& levelDatabase() const { return m_sDBName; }
     bool keepCurSel() const { return m_bKeepCurSel; }
 

@@ -1,10 +1,13 @@
 #include "context/StudyRegionContext.h"
+#include "host/GisDataService.h"
 #include "host/local/HostRoot.h"
 #include "host/local/LocalGisDataService.h"
 #include "host/local/LocalHostServices.h"
 #include "host/local/LocalRegionSelectionStore.h"
 #include "host/sample/SampleHost.h"
+#include "platform/carto/FeatureLayer.h"
 #include "platform/geodatabase/Cursor.h"
+#include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/Row.h"
 #include "platform/geodatabase/Table.h"
 #include "platform/geodatabase/Workspace.h"
@@ -333,6 +336,79 @@ TEST_F(GetSelLayer, AnEmptyParentLevelIsRecordedAndLeavesNoCandidates)
     m_dialog->GetSelLayer(1, candidates);
     EXPECT_TRUE(column(candidates, "CountyFips").empty()) << "emptied before the parents failed";
     EXPECT_NE(errorLog().find(" GetSelLayer"), std::string::npos) << errorLog();
+}
+
+using HazardDialogData = CreateBlockData;
+
+/// The object identifiers and key values of a scenario class, in stored order.
+std::vector<std::pair<int64_t, std::string>>
+scenarioRows(const fs::path& root, const std::string& className, const std::string& keyField)
+{
+    const auto host = host::local::HostRoot::load(root);
+    auto table =
+        gdb::Workspace::open(host.scenarioFolder() + "SCENARIO.mdb", true).openTable(className);
+    std::vector<std::pair<int64_t, std::string>> rows;
+    gdb::Cursor cursor = table->search();
+    gdb::Row row;
+    const int key = table->fields().findField(keyField);
+    while (cursor.next(row)) {
+        rows.emplace_back(row.oid(), row.value(key).toString());
+    }
+    return rows;
+}
+
+TEST_F(HazardDialogData, AHistoricalEpicentreOrFaultComesSelectedByItsIdentifier)
+{
+    const auto epicentres = scenarioRows(root(), "eqEpicenter", "eqEpicenterId");
+    ASSERT_GE(epicentres.size(), 2u);
+    const auto epicentre = m_dialog->PrepareHazardSelection(1, epicentres[1].second);
+    EXPECT_EQ(epicentre.dlgType, 1);
+    EXPECT_EQ(epicentre.caption, "Please Select Historical Epicenter");
+    EXPECT_EQ(epicentre.boundaryLayer->name(), "Region Boundary");
+    EXPECT_EQ(epicentre.layer->name(), epicentre.layer->featureClass()->aliasName());
+    EXPECT_EQ(epicentre.layer->selectionSet().ids(), std::vector<int64_t>{epicentres[1].first});
+    EXPECT_EQ(epicentre.epicLayer, nullptr);
+
+    const auto faults = scenarioRows(root(), "eqFault", "eqFaultId");
+    ASSERT_FALSE(faults.empty());
+    const auto fault = m_dialog->PrepareHazardSelection(2, faults.back().second);
+    EXPECT_EQ(fault.caption, "Please Select Source Fault");
+    EXPECT_EQ(fault.layer->selectionSet().ids(), std::vector<int64_t>{faults.back().first});
+
+    EXPECT_TRUE(
+        m_dialog->PrepareHazardSelection(2, "no such fault").layer->selectionSet().isEmpty());
+}
+
+TEST_F(HazardDialogData, DefiningAnEpicentreEmptiesTheLastOneAndOnlySMeansTheChosenFault)
+{
+    const auto& ctx = context::studyRegionContext();
+    const auto host = host::local::HostRoot::load(root());
+    const Variant points = ctx.GisDataService->OpenFeatureClass(
+        "HazardSelection", host.systemDataFolder() + "temp.mdb");
+    // An earlier definition's point, taken from the epicentres.
+    ctx.GisDataService->CopyFeatures(
+        ctx.GisDataService->OpenFeatureClass("eqEpicenter", host.scenarioFolder() + "SCENARIO.mdb"),
+        points, "");
+    ASSERT_GT(points.objectAs<gdb::Table>()->rowCount(), 0);
+
+    const auto faults = scenarioRows(root(), "eqFault", "eqFaultId");
+    const auto onFault = m_dialog->PrepareEpicenterDefinition("S", faults[0].second);
+    EXPECT_EQ(points.objectAs<gdb::Table>()->rowCount(), 0);
+    EXPECT_EQ(onFault.dlgType, 3);
+    EXPECT_EQ(onFault.caption, "Please define epicenter for the selected source fault");
+    EXPECT_EQ(onFault.layer->selectionSet().ids(), std::vector<int64_t>{faults[0].first});
+    ASSERT_NE(onFault.epicLayer, nullptr);
+    EXPECT_EQ(onFault.epicLayer->featureClass()->aliasName(),
+              points.objectAs<gdb::Table>()->aliasName());
+
+    for (const char* kind : {"s", "", "A"}) {
+        const auto arbitrary = m_dialog->PrepareEpicenterDefinition(kind, faults[0].second);
+        EXPECT_EQ(arbitrary.dlgType, 4) << kind;
+        EXPECT_EQ(arbitrary.caption, "Please define epicenter for arbitrary event");
+        EXPECT_TRUE(arbitrary.layer->selectionSet().isEmpty()) << kind;
+    }
+    EXPECT_TRUE(
+        m_dialog->PrepareEpicenterDefinition("S", "no such fault").layer->selectionSet().isEmpty());
 }
 
 } // namespace
