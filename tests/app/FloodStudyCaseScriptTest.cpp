@@ -1,4 +1,6 @@
 #include "app/CommandLine.h"
+#include "context/StudyRegionContext.h"
+#include "host/HostServices.h"
 #include "host/sample/SampleHost.h"
 #include "support/HostFixture.h"
 
@@ -28,9 +30,20 @@ std::vector<json> runScript(const fs::path& root, const std::string& script)
     return results;
 }
 
+/// The script creates library objects in this process: the region context they opened on the
+/// script's host must not outlive the test.
+class FloodStudyCaseScript : public ::testing::Test {
+protected:
+    void TearDown() override
+    {
+        context::resetStudyRegionContext();
+        host::installHostServices(nullptr);
+    }
+};
+
 // On the sample region the cases with annual results of option 0 are listed in identifier
 // order; the second one is chosen and handed back through the by-reference argument.
-TEST(FloodStudyCaseScript, TheChosenSampleCaseComesBackThroughTheSelectionDialog)
+TEST_F(FloodStudyCaseScript, TheChosenSampleCaseComesBackThroughTheSelectionDialog)
 {
     test::TempDir dir;
     const fs::path root = dir.path() / "host";
