@@ -6,6 +6,7 @@
 #include "host/InventoryCatalogService.h"
 #include "host/ProgressDialog.h"
 #include "host/RegionSelectionStore.h"
+#include "host/local/LocalRegionSelectionStore.h"
 #include "host/ScenarioService.h"
 #include "host/SymbolCatalog.h"
 #include "host/ThematicClassSettings.h"
@@ -53,7 +54,7 @@ std::shared_ptr<GisDataService> LocalHostServices::createGisDataService()
 
 std::shared_ptr<RegionSelectionStore> LocalHostServices::createRegionSelectionStore()
 {
-    return std::make_shared<RegionSelectionStore>();
+    return std::make_shared<LocalRegionSelectionStore>(m_root);
 }
 
 std::shared_ptr<InventoryCatalogService> LocalHostServices::createInventoryCatalogService()

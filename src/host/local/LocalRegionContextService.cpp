@@ -3,6 +3,11 @@
 #include "host/local/HostRoot.h"
 #include "host/local/MessageTexts.h"
 #include "platform/automation/CaseInsensitive.h"
+#include "platform/geodatabase/Cursor.h"
+#include "platform/geodatabase/QueryFilter.h"
+#include "platform/geodatabase/SqlQuote.h"
+#include "platform/geodatabase/Table.h"
+#include "platform/geodatabase/Workspace.h"
 #include "platform/ui/UserPrompts.h"
 
 #include <filesystem>
@@ -51,6 +56,23 @@ std::string LocalRegionContextService::GetRegionDatabaseName()
     return "sqlite:" + host.regionDatabasePath(host.currentRegion()).string();
 }
 
+std::string LocalRegionContextService::LookupState(const std::string& stateCode)
+{
+    namespace gdb = platform::geodatabase;
+    auto states =
+        gdb::Workspace::open(HostRoot::load(m_root).stateDataFolder() + "syboundary.mdb", true)
+            .openTable("syState");
+    gdb::Cursor cursor =
+        states->search(gdb::QueryFilter::where("StateFips = " + gdb::sqlQuoted(stateCode, '\'')));
+    gdb::Row row;
+    if (!cursor.next(row)) {
+        return {};
+    }
+    const int name = row.fields().findField("StateName");
+    const auto& value = row.value(name);
+    return value.isNull() || value.isEmpty() ? std::string() : value.toString();
+}
+
 void LocalRegionContextService::ShowFileDialog(const std::string& startFolder,
                                                const std::string& title,
                                                const std::string& extension, int32_t& result,
@@ -69,9 +91,8 @@ void LocalRegionContextService::ShowFileDialog(const std::string& startFolder,
     }
     path = *chosen;
     const std::string wanted = "." + extension;
-    result = extension.empty() ||
-                     platform::automation::equalsIgnoreCase(
-                         std::filesystem::path(path).extension().string(), wanted)
+    result = extension.empty() || platform::automation::equalsIgnoreCase(
+                                      std::filesystem::path(path).extension().string(), wanted)
                  ? 1
                  : -1;
 }

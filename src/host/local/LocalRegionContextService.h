@@ -22,6 +22,9 @@ public:
     std::string GetMessageText(int32_t code) override;
     /// "sqlite:" followed by the current region's region.sqlite.
     std::string GetRegionDatabaseName() override;
+    /// The name of the state of a 2-character code, from the statewide boundaries; "" for a
+    /// code no state has.
+    std::string LookupState(const std::string& stateCode) override;
     /// The user prompts' file dialog (scripted answers in the command line and the tests):
     /// result 1 with the path chosen, 0 when cancelled, -1 for a file of another extension.
     void ShowFileDialog(const std::string& startFolder, const std::string& title,
