@@ -1,13 +1,12 @@
-#include "app/CommandLine.h"
 #include "host/sample/SampleHost.h"
 #include "support/HostFixture.h"
+#include "support/ScriptRun.h"
 
 #include <QImage>
 #include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 namespace brevant::app {
 namespace {
@@ -15,20 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 using json = nlohmann::ordered_json;
 
-std::vector<json> runScript(const fs::path& root, const std::string& script)
-{
-    std::istringstream in(script);
-    std::ostringstream out;
-    std::ostringstream err;
-    runCommandLine({"script", "--host", root.string(), "-"}, in, out, err);
-    std::vector<json> results;
-    std::istringstream lines(out.str());
-    std::string line;
-    while (std::getline(lines, line)) {
-        results.push_back(json::parse(line));
-    }
-    return results;
-}
+using test::runScript;
 
 std::vector<std::string> layerNames(const json& described)
 {

@@ -1,14 +1,13 @@
-#include "app/CommandLine.h"
 #include "host/local/HostRoot.h"
 #include "host/local/RegionDatabase.h"
 #include "host/sample/SampleHost.h"
 #include "platform/tabular/SqliteDatabase.h"
 #include "support/HostFixture.h"
+#include "support/ScriptRun.h"
 
 #include <QImage>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 namespace brevant::app {
 namespace {
@@ -17,21 +16,7 @@ namespace fs = std::filesystem;
 using json = nlohmann::ordered_json;
 using platform::tabular::SqliteDatabase;
 
-/// Runs a script against a host root; one parsed output line per statement.
-std::vector<json> runScript(const fs::path& root, const std::string& script)
-{
-    std::istringstream in(script);
-    std::ostringstream out;
-    std::ostringstream err;
-    runCommandLine({"script", "--host", root.string(), "-"}, in, out, err);
-    std::vector<json> results;
-    std::istringstream lines(out.str());
-    std::string line;
-    while (std::getline(lines, line)) {
-        results.push_back(json::parse(line));
-    }
-    return results;
-}
+using test::runScript;
 
 // The host's query tool hands a recordset of identifiers to ApplySelection; a script builds
 // it from a query on the region database and lays out the page through the "app" object.
