@@ -1,5 +1,7 @@
 #include "layers/frmLayer.h"
 
+#include "layers/AddData.h"
+
 #include "context/ErrorTrap.h"
 #include "platform/automation/CaseInsensitive.h"
 #include "platform/automation/ErrorNumbers.h"
@@ -661,51 +663,6 @@ void frmLayer::ShowLayerProperties()
     });
 }
 
-namespace {
-/// The feature classes of a chosen data set: the one of a shapefile, or every class of a
-/// geodatabase (its plain tables are left out).
-std::vector<std::shared_ptr<platform::geodatabase::FeatureClass>>
-featureClassesIn(const std::filesystem::path& path)
-{
-    namespace gdb = platform::geodatabase;
-    std::vector<std::shared_ptr<gdb::FeatureClass>> classes;
-    std::string extension = path.extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (extension == ".shp") {
-        classes.push_back(gdb::Workspace::openShapefileFolder(path.parent_path())
-                              .openFeatureClass(path.stem().string()));
-        return classes;
-    }
-    const auto workspace = gdb::Workspace::open(path, true);
-    for (const auto& name : workspace.datasetNames()) {
-        auto table = workspace.openTable(name);
-        if (std::dynamic_pointer_cast<gdb::FeatureClass>(table)) {
-            classes.push_back(workspace.openFeatureClass(name));
-        }
-    }
-    return classes;
-}
-
-int drawingGroup(platform::geometry::ShapeType type)
-{
-    using platform::geometry::ShapeType;
-    switch (type) {
-    case ShapeType::Polygon:
-        return 0;
-    case ShapeType::Polyline:
-        return 1;
-    case ShapeType::Point:
-    case ShapeType::Multipoint:
-        return 2;
-    case ShapeType::Null:
-        break;
-    }
-    // Classes of no known shape go on top, where they are seen.
-    return 3;
-}
-} // namespace
-
 void frmLayer::AddData()
 {
     handler(" add data", [&] {
@@ -714,25 +671,12 @@ void frmLayer::AddData()
         }
         platform::ui::FileDialogRequest request;
         request.title = "Select Data";
-        request.filter =
-            "Vector data (*.shp *.gpkg *.mdb *.sqlite *.gdb *.geojson *.json);;All files (*)";
+        request.filter = kDataSetFilter;
         const auto chosen = platform::ui::userPrompts().fileDialog(request);
         if (!chosen) {
             return;
         }
-        std::vector<std::shared_ptr<carto::FeatureLayer>> groups[4];
-        for (const auto& featureClass : featureClassesIn(*chosen)) {
-            auto layer = std::make_shared<carto::FeatureLayer>(featureClass);
-            groups[drawingGroup(layer->shapeType())].push_back(std::move(layer));
-        }
-        for (const auto& group : groups) {
-            for (const auto& layer : group) {
-                if (m_map->spatialReference().isUnknown()) {
-                    m_map->setSpatialReference(layer->featureClass()->spatialReference());
-                }
-                m_map->addLayer(layer);
-            }
-        }
+        addByShapeType(*m_map, layersOfDataSet(*chosen));
         for (int index = 1; index < m_map->layerCount(); ++index) {
             const auto layer = m_map->layer(index);
             platform::ui::userPrompts().messageBox(layer->name(), "",

@@ -8,12 +8,14 @@
 #include "host/RegionSelectionStore.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/carto/FeatureLayer.h"
+#include "platform/carto/Map.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/QueryFilter.h"
 #include "platform/geodatabase/Table.h"
 #include "platform/tabular/Recordset.h"
 #include "platform/ui/qt/ModalWindow.h"
 #include "selection/frmFl.h"
+#include "selection/frmMapSelDlg.h"
 
 #include <stdexcept>
 
@@ -68,6 +70,153 @@ EQMapSelDlg::EQMapSelDlg()
 {
     context::runTrapped(" EQMapSelDlg", platform::automation::LibraryCode::ClassInit,
                         [] { context::openStudyRegion(false); });
+}
+
+EQMapSelDlg::~EQMapSelDlg() = default;
+
+frmMapSelDlg& EQMapSelDlg::PrepareForm()
+{
+    platform::ui::qt::ensureWidgetApplication();
+    m_frmMapSel = std::make_unique<frmMapSelDlg>();
+    m_map = std::make_shared<platform::carto::Map>();
+    m_frmMapSel->m_pMap = m_map;
+    m_frmMapSel->m_pActiveView = &m_map->activeView();
+    return *m_frmMapSel;
+}
+
+void EQMapSelDlg::SelStateDlg()
+{
+    context::runLogged(" SelStateDlg", platform::automation::LibraryCode::Procedure, [&] {
+        PrepareForm().m_iDlgType = 0;
+        ShowDlgWithSelection(0);
+    });
+}
+
+void EQMapSelDlg::SelCountyDlg()
+{
+    context::runLogged(" SelCountyDlg", platform::automation::LibraryCode::Procedure, [&] {
+        PrepareForm().m_iDlgType = 0;
+        ShowDlgWithSelection(1);
+    });
+}
+
+void EQMapSelDlg::SelTractDlg()
+{
+    context::runLogged(" SelTractDlg", platform::automation::LibraryCode::Procedure, [&] {
+        PrepareForm().m_iDlgType = 0;
+        ShowDlgWithSelection(2);
+    });
+}
+
+void EQMapSelDlg::SelBlockDlg()
+{
+    context::runLogged(" SelBlockDlg", platform::automation::LibraryCode::Procedure, [&] {
+        PrepareForm().m_iDlgType = 0;
+        ShowDlgWithSelection(3);
+    });
+}
+
+void EQMapSelDlg::ShowDlgWithSelection(int16_t level)
+{
+    context::runLogged(" ShowDlgWithSelection", platform::automation::LibraryCode::Procedure, [&] {
+        static const char* const captions[] = {
+            "Please Select State(s) where region is located",
+            "Please Select County or Counties where region is located",
+            "Please Select Tract(s) where region is located",
+            "Please Select Cenus Block(s) where region is located"};
+        auto& form = *m_frmMapSel;
+        OpenLevelClass(level);
+        form.m_DlgCaption = captions[level];
+        Variant candidates = m_vLevelClass;
+        if (level > 0) {
+            candidates = Variant();
+            GetSelLayer(level, candidates);
+        }
+        auto featureClass = candidates.objectAs<platform::geodatabase::FeatureClass>();
+        auto layer = std::make_shared<platform::carto::FeatureLayer>(featureClass);
+        layer->setName("RegionSelection");
+        form.m_pFeatureClass = featureClass;
+        form.m_pFeatureLayer = layer;
+        form.m_bCurSel = m_bKeepCurSel || level == 0;
+        form.m_iSelType = level;
+        form.m_iDlgType = 0;
+        form.showModal();
+        m_bKeepCurSel = !form.m_bSelection;
+    });
+}
+
+void EQMapSelDlg::ShowHazardDialog(HazardDialog& dialog)
+{
+    auto& form = *m_frmMapSel;
+    form.m_pSrFeatureLayer = dialog.boundaryLayer;
+    form.m_DlgCaption = dialog.caption;
+    form.m_iDlgType = dialog.dlgType;
+    if (dialog.epicLayer) {
+        form.m_pEpicLayer = dialog.epicLayer;
+        form.m_pEpicFeatureClass = dialog.epicLayer->featureClass();
+    }
+    form.m_pFeatureClass = dialog.layer->featureClass();
+    form.m_pFeatureLayer = dialog.layer;
+    form.m_bCurSel = false;
+    form.showModal();
+    m_bKeepCurSel = !form.m_bSelection;
+}
+
+namespace {
+
+/// Lets go of what a hazard dialog was given, so no class stays open through the form.
+void releaseHazardDialog(frmMapSelDlg& form, EQMapSelDlg::HazardDialog& dialog)
+{
+    form.m_pSrFeatureLayer.reset();
+    if (form.m_pFeatureLayer) {
+        form.m_pFeatureLayer->setFeatureClass(nullptr);
+    }
+    form.m_pFeatureLayer.reset();
+    form.m_pFeatureClass.reset();
+    form.m_pEpicFeatureClass.reset();
+    form.m_pEpicLayer.reset();
+    dialog = {};
+}
+
+} // namespace
+
+void EQMapSelDlg::SelHistoricalEpicenter(std::string& sEpicenterId)
+{
+    context::runLogged(" SelHistoricalEpicenter", platform::automation::LibraryCode::Procedure,
+                       [&] {
+                           auto& form = PrepareForm();
+                           auto dialog = PrepareHazardSelection(1, sEpicenterId);
+                           ShowHazardDialog(dialog);
+                           sEpicenterId = form.m_sFaultId;
+                           releaseHazardDialog(form, dialog);
+                           m_frmMapSel.reset();
+                       });
+}
+
+void EQMapSelDlg::SelFault(std::string& sFault)
+{
+    context::runLogged(" SelFault", platform::automation::LibraryCode::Procedure, [&] {
+        auto& form = PrepareForm();
+        auto dialog = PrepareHazardSelection(2, sFault);
+        ShowHazardDialog(dialog);
+        sFault = form.m_sFaultId;
+        releaseHazardDialog(form, dialog);
+        m_frmMapSel.reset();
+    });
+}
+
+void EQMapSelDlg::DefineEpicenter(const std::string& sScenType, const std::string& sSelFltId,
+                                  double& dLong, double& dLat)
+{
+    context::runLogged(" DefineEpicenter", platform::automation::LibraryCode::Procedure, [&] {
+        auto& form = PrepareForm();
+        auto dialog = PrepareEpicenterDefinition(sScenType, sSelFltId);
+        ShowHazardDialog(dialog);
+        dLong = form.m_dLong;
+        dLat = form.m_dLat;
+        releaseHazardDialog(form, dialog);
+        m_frmMapSel.reset();
+    });
 }
 
 void EQMapSelDlg::GetflStudyCaseId(int16_t& StudyCaseId)
@@ -212,7 +361,14 @@ const platform::automation::MemberTable* EQMapSelDlg::members() const
 {
     static const platform::automation::MemberTable table = [] {
         platform::automation::MemberTable t("EQMapSelDlg");
-        t.method("CreateBlockData", &EQMapSelDlg::CreateBlockData)
+        t.method("SelStateDlg", &EQMapSelDlg::SelStateDlg)
+            .method("SelCountyDlg", &EQMapSelDlg::SelCountyDlg)
+            .method("SelTractDlg", &EQMapSelDlg::SelTractDlg)
+            .method("SelBlockDlg", &EQMapSelDlg::SelBlockDlg)
+            .method("SelHistoricalEpicenter", &EQMapSelDlg::SelHistoricalEpicenter)
+            .method("SelFault", &EQMapSelDlg::SelFault)
+            .method("DefineEpicenter", &EQMapSelDlg::DefineEpicenter)
+            .method("CreateBlockData", &EQMapSelDlg::CreateBlockData)
             .method("GetflStudyCaseId", &EQMapSelDlg::GetflStudyCaseId);
         return t;
     }();

@@ -15,15 +15,41 @@ class Map;
 
 namespace brevant::selection {
 
+class frmMapSelDlg;
+
 /// Asks the user to choose region units, epicentres, faults or a flood study case on a map.
 class EQMapSelDlg : public platform::automation::AutomationObject {
 public:
     /// Opens the study-region context (see context::Init); throws when it fails, so a failing
     /// initialiser fails the creation of the object.
     EQMapSelDlg();
+    ~EQMapSelDlg() override;
+    EQMapSelDlg(const EQMapSelDlg&) = delete;
+    EQMapSelDlg& operator=(const EQMapSelDlg&) = delete;
 
     std::string_view className() const override { return "EQMapSelDlg"; }
     const platform::automation::MemberTable* members() const override;
+
+    // The region dialogs, called in this order while a region is defined: each offers the
+    // units that lie in the units chosen at the level above, and the map selection window
+    // stores the user's choice in the host's RegionSelectionStore. After a dialog left with
+    // Back the next one shows its level's current selection again. Errors are recorded under
+    // the member's name (" SelStateDlg", ...) and not raised.
+    void SelStateDlg();
+    void SelCountyDlg();
+    void SelTractDlg();
+    void SelBlockDlg();
+    /// Lets the user pick a historical epicentre, `sEpicenterId` shown selected, and hands back
+    /// the one chosen (empty after Back). Errors go to the log under " SelHistoricalEpicenter";
+    /// the argument then keeps what it held.
+    void SelHistoricalEpicenter(std::string& sEpicenterId);
+    /// As SelHistoricalEpicenter, for a source fault (" SelFault").
+    void SelFault(std::string& sFault);
+    /// Lets the user place an epicentre on the fault `sSelFltId` when `sScenType` is exactly
+    /// "S", anywhere otherwise, and hands back its coordinates (0 after Back; the values passed
+    /// in are not used). Errors go to the log under " DefineEpicenter".
+    void DefineEpicenter(const std::string& sScenType, const std::string& sSelFltId, double& dLong,
+                         double& dLat);
 
     /// Sets StudyCaseId to 0, shows the shared flood study-case form and hands back the case
     /// chosen there (0 after Cancel or with none listed). Errors are recorded under
@@ -74,7 +100,17 @@ public:
     const std::string& levelDatabase() const { return m_sDBName; }
     bool keepCurSel() const { return m_bKeepCurSel; }
 
+    /// The window of the running or last call; null before the first.
+    const frmMapSelDlg* form() const { return m_frmMapSel.get(); }
+
 private:
+    frmMapSelDlg& PrepareForm();
+    void ShowDlgWithSelection(int16_t level);
+    /// Shows a prepared hazard dialog and lets go of the form and its layers afterwards.
+    void ShowHazardDialog(HazardDialog& dialog);
+
+    std::unique_ptr<frmMapSelDlg> m_frmMapSel;
+    std::shared_ptr<platform::carto::Map> m_map;
     std::string m_sDBName;
     platform::automation::Variant m_vLevelClass;
     bool m_bKeepCurSel = false;

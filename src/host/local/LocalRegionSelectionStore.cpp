@@ -73,8 +73,32 @@ void LocalRegionSelectionStore::SaveRegionUnits(const Variant& units)
     if (!recordset) {
         hostError(HostError::InvalidInput, "SaveRegionUnits needs a recordset of units");
     }
+    // The window adds every unit the user left selected, earlier choices among them: the
+    // level becomes what was added, so a unit the user deselected does not stay behind. All or
+    // nothing, so a failed save keeps the earlier choice.
+    const std::string table = recordset->tableName();
+    levelOf(table);
     auto connection = regionDatabase(m_root);
-    recordset->updateBatch(*connection);
+    connection->execute("BEGIN IMMEDIATE");
+    try {
+        connection->execute("DELETE FROM " + connection->quoteIdentifier(table));
+        recordset->updateBatch(*connection);
+        connection->execute("COMMIT");
+    } catch (...) {
+        connection->execute("ROLLBACK");
+        throw;
+    }
+}
+
+int16_t LocalRegionSelectionStore::levelOf(const std::string& table)
+{
+    for (std::size_t i = 0; i < kLevels.size(); ++i) {
+        if (table == kLevels[i].name) {
+            return static_cast<int16_t>(i);
+        }
+    }
+    hostError(HostError::InvalidInput, "SaveRegionUnits stores units of the Region* tables, not " +
+                                           table);
 }
 
 } // namespace brevant::host::local

@@ -3,6 +3,7 @@
 #include "host/RegionSelectionStore.h"
 
 #include <filesystem>
+#include <string>
 
 namespace brevant::host::local {
 
@@ -19,13 +20,16 @@ public:
     Variant GetRegionUnits(int16_t level) override;
     /// The level's recordset; an editable one keeps added records until SaveRegionUnits.
     Variant OpenRegionUnits(int16_t level, bool editable) override;
-    /// Writes the added and changed records of a recordset from OpenRegionUnits.
+    /// Replaces the level's units by the records added to a recordset from OpenRegionUnits, in
+    /// one transaction: a failure keeps the units stored before.
     void SaveRegionUnits(const Variant& units) override;
 
     /// The table of a level; throws a host error for a level outside 0 to 3.
     static const char* tableOf(int16_t level);
 
 private:
+    /// The level whose table is `table`; throws a host error for any other table.
+    static int16_t levelOf(const std::string& table);
     Variant open(int16_t level, bool editable);
 
     std::filesystem::path m_root;

@@ -6,6 +6,7 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <cmath>
 #include <exception>
 
 namespace brevant::platform::display {
@@ -58,7 +59,9 @@ std::optional<QPoint> MapWidget::toWidget(const geometry::Point& point) const
         return std::nullopt;
     }
     const auto pixel = m_map->displayTransformation().fromMapPoint(point);
-    const QPoint rounded(static_cast<int>(pixel.x), static_cast<int>(pixel.y));
+    // Rounded, so the pixel of a pixel's own map point is that pixel again.
+    const QPoint rounded(static_cast<int>(std::lround(pixel.x)),
+                         static_cast<int>(std::lround(pixel.y)));
     if (!rect().contains(rounded)) {
         return std::nullopt;
     }
@@ -97,7 +100,23 @@ void MapWidget::paintEvent(QPaintEvent*)
         redraw();
     }
     QPainter painter(this);
-    painter.drawImage(0, 0, m_picture);
+    QPoint shift;
+    if (m_map && m_map->screenDisplay().isPanning()) {
+        // The picture follows the pointer while the pan lasts; the view moves when it ends.
+        const auto offset = m_map->screenDisplay().panOffset();
+        shift = QPoint(static_cast<int>(std::lround(offset.x)),
+                       static_cast<int>(std::lround(offset.y)));
+        painter.fillRect(rect(), Qt::white);
+    }
+    painter.drawImage(shift, m_picture);
+    if (m_band && m_map) {
+        const auto& transformation = m_map->displayTransformation();
+        const auto a = transformation.fromMapPoint({m_band->xmin(), m_band->ymin()});
+        const auto b = transformation.fromMapPoint({m_band->xmax(), m_band->ymax()});
+        painter.setPen(QPen(Qt::black, 1, Qt::DashLine));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(QRectF(QPointF(a.x, a.y), QPointF(b.x, b.y)).normalized());
+    }
     if (!m_error.empty()) {
         painter.setPen(Qt::red);
         painter.drawText(rect().adjusted(4, 4, -4, -4), Qt::AlignTop | Qt::TextWordWrap,
@@ -112,10 +131,17 @@ void MapWidget::resizeEvent(QResizeEvent* event)
     m_stale = true;
 }
 
+void MapWidget::setRubberBand(std::optional<geometry::Envelope> band)
+{
+    m_band = std::move(band);
+    update();
+}
+
 void MapWidget::forward(const MouseHandler& handler, QMouseEvent* event) const
 {
     if (handler && m_map) {
-        handler(MapMouseEvent{toMap(event->position()), event->button(), event->modifiers()});
+        const QPoint pixel = event->position().toPoint();
+        handler(MapMouseEvent{toMap(QPointF(pixel)), pixel, event->button(), event->modifiers()});
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/geometry/Envelope.h"
 #include "platform/geometry/Point.h"
 
 #include <QImage>
@@ -17,7 +18,10 @@ namespace brevant::platform::display {
 
 /// A mouse event on the map, in map coordinates.
 struct MapMouseEvent {
+    /// The map point of `pixel`.
     geometry::Point point;
+    /// The widget pixel, rounded to whole pixels.
+    QPoint pixel;
     Qt::MouseButton button = Qt::NoButton;
     Qt::KeyboardModifiers modifiers;
 };
@@ -48,6 +52,9 @@ public:
     void onMouseMove(MouseHandler handler) { m_move = std::move(handler); }
     void onMouseRelease(MouseHandler handler) { m_release = std::move(handler); }
 
+    /// Draws a rubber band over the picture (nullopt for none), in map units.
+    void setRubberBand(std::optional<geometry::Envelope> band);
+
     /// How many times the picture has been drawn.
     int drawCount() const { return m_drawCount; }
 
@@ -68,6 +75,7 @@ private:
     QImage m_picture;
     bool m_stale = true;
     std::string m_error;
+    std::optional<geometry::Envelope> m_band;
     int m_drawCount = 0;
     MouseHandler m_press;
     MouseHandler m_move;

@@ -116,6 +116,9 @@ private:
         for (auto* action : m_window.findChildren<QAction*>()) {
             if (action->objectName() == toQt(key) ||
                 action->property("key").toString() == toQt(key)) {
+                if (!action->isVisible()) {
+                    throw ActionRefused("tool " + key + " is hidden");
+                }
                 if (!action->isEnabled()) {
                     throw ActionRefused("tool " + key + " is disabled");
                 }
