@@ -225,6 +225,9 @@ void frmMapSelDlg::InitializeDialog()
         if (!m_pMap) {
             throw std::runtime_error("the map selection dialog was given no map");
         }
+        if (m_pActiveView == nullptr) {
+            m_pActiveView = &m_pMap->activeView();
+        }
         picMapControl->setMap(m_pMap);
         m_pIdentifyDlg = new IdentifyWindow(this);
         m_iCurTool = 7;
@@ -245,6 +248,7 @@ void frmMapSelDlg::CustomizeHazardDialog()
         for (const char* key : {"SelectAll", "DeSelectAll", "SwitchSelection", "SelectElement"}) {
             button(key)->setVisible(false);
         }
+        button("FullExtent")->setText("Zoom To Study Region");
         button("FullExtent")->setToolTip("Zoom To Study Region");
     });
 }
