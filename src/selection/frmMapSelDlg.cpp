@@ -554,6 +554,10 @@ void frmMapSelDlg::Identify(const platform::display::MapMouseEvent& event)
             m_pIdentifyDlg->addResults(layer->name(), layer->identify(probe));
         }
     }
+    if (!m_pIdentifyDlg->isVisible()) {
+        // Beside the form, so the map stays in sight.
+        m_pIdentifyDlg->move(geometry().topRight() + QPoint(8, 0));
+    }
     m_pIdentifyDlg->show();
     m_pIdentifyDlg->raise();
 }

@@ -16,6 +16,7 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QPixmap>
 #include <QPointer>
 #include <stdexcept>
@@ -75,7 +76,7 @@ public:
             m_script.answerNextColour(action.colour);
             return;
         case DialogAction::Kind::Screenshot:
-            if (!m_window.grab().save(toQt(action.name), "PNG")) {
+            if (!screenshot().save(toQt(action.name), "PNG")) {
                 throw ActionRefused("cannot write " + action.name);
             }
             return;
@@ -86,6 +87,31 @@ public:
     }
 
 private:
+    /// The window with the windows it has open beside it (a results list), where they stand.
+    QPixmap screenshot() const
+    {
+        std::vector<QWidget*> shown{&m_window};
+        for (auto* child : m_window.findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+            if (child->isWindow() && child->isVisible()) {
+                shown.push_back(child);
+            }
+        }
+        if (shown.size() == 1) {
+            return m_window.grab();
+        }
+        QRect area;
+        for (auto* window : shown) {
+            area = area.united(window->geometry());
+        }
+        QPixmap picture(area.size());
+        picture.fill(QColor(200, 200, 200));
+        QPainter painter(&picture);
+        for (auto* window : shown) {
+            painter.drawPixmap(window->geometry().topLeft() - area.topLeft(), window->grab());
+        }
+        return picture;
+    }
+
     QObject& control(const std::string& name) const
     {
         auto* found = m_window.findChild<QObject*>(toQt(name));
