@@ -155,8 +155,10 @@ TEST_F(MapSelectionScript, HazardDialogsHandBackTheirPick)
 {"call": "sel.DefineEpicenter", "args": ["s", "2", {"r8": 9}, {"r8": 9}]}
 {"dialog": [{"press": "cmdBack"}]}
 {"call": "sel.SelHistoricalEpicenter", "args": ["ev00000002"]}
+{"dialog": [{"click": [-121.0, 37.0]}, {"press": "cmdBack"}]}
+{"call": "sel.DefineEpicenter", "args": ["S", "2", {"r8": 9}, {"r8": 9}]}
 )");
-    ASSERT_EQ(results.size(), 9u);
+    ASSERT_EQ(results.size(), 11u);
     expectRan(results[2]);
     EXPECT_FALSE(results[2].at("dialogs")[0].at("values")[0].at("enabled").get<bool>())
         << "an unknown fault preselects nothing";
@@ -176,6 +178,8 @@ TEST_F(MapSelectionScript, HazardDialogsHandBackTheirPick)
 
     expectRan(results[8]);
     EXPECT_EQ(results[8].at("byref"), json::array({""})) << "Back hands back no epicentre";
+    expectRan(results[10]);
+    EXPECT_EQ(results[10].at("byref"), json::array({0.0, 0.0})) << "nor a defined one";
 }
 
 } // namespace

@@ -254,8 +254,10 @@ TEST_F(CreateBlockData, SendsAtMost2001CodesACopy)
     m_dialog->CreateBlockData(Variant(true), stateFolder("CA"));
     ASSERT_EQ(m_host->clauses.size(), 1u) << "2001 codes go in one copy";
 
-    // The 2002nd code goes alone in a second copy, and its blocks arrive too.
-    chooseCounties({california[1]});
+    // The 2002nd code goes alone in a second copy, and its blocks arrive too. Saving replaces
+    // a level's units, so all 2002 are chosen again.
+    codes.push_back(california[1]);
+    chooseCounties(codes);
     m_host->clauses.clear();
     m_dialog->CreateBlockData(Variant(true), stateFolder("CA"));
     ASSERT_EQ(m_host->clauses.size(), 2u);

@@ -466,3 +466,42 @@ TEST_F(MapSelectionWindow, HazardDialogsHideTheUnitToolsAndIdentifyGathersWithSh
 
 } // namespace
 } // namespace brevant::selection
+
+namespace brevant::selection {
+namespace {
+
+// "Layers" opens the layer control on the window's own map (the next actions are its); "Add
+// Data" adds every class of the chosen file, areas below lines below points, with the
+// hazard-selection points on top.
+TEST_F(MapSelectionWindow, LayersAndAddDataWorkOnTheWindowsMap)
+{
+    m_prompts->queueAnswer((root() / "selection.gpkg").string());
+    auto window = form(0);
+    m_script->queue(app::dialogActionsFromJson(json::array({{{"tool", "Layers"}},
+                                                            {{"read", "lstLayers"}},
+                                                            {{"close", true}},
+                                                            {{"tool", "AddData"}},
+                                                            {{"close", true}}})));
+    window->showModal();
+    const auto reports = m_script->takeReports();
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_EQ(reports[0].form, "frmLayer");
+    ASSERT_EQ(reports[0].values.size(), 1u);
+    EXPECT_EQ(reports[0].values[0].text, "RegionSelection");
+    EXPECT_EQ(reports[1].form, "frmMapSelDlg");
+    for (const auto& action : reports[1].actions) {
+        EXPECT_TRUE(action.ok) << action.action << ": " << action.error;
+    }
+    EXPECT_EQ(window->currentTool(), 12);
+
+    std::vector<std::string> names;
+    for (const auto& layer : window->m_pMap->layers()) {
+        names.push_back(layer->name());
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"HazardSelection", "eqEpicenter", "eqFault",
+                                               "tracts", "boundary", "RegionSelection"}));
+    EXPECT_EQ(m_prompts->fileDialogs().at(0).title, "Select Data");
+}
+
+} // namespace
+} // namespace brevant::selection
