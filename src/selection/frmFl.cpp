@@ -85,7 +85,7 @@ void frmFl::Form_Load()
             const int32_t count = cases->recordCount();
             for (int32_t i = 0; i < count; ++i) {
                 flCombo->addItem(QString::fromStdString(cases->value(1).toString()));
-                m_ids.push_back(cases->value(0).toInt16());
+                m_ids.push_back(cases->value(0));
                 cases->moveNext();
             }
             cases->close();
@@ -96,12 +96,16 @@ void frmFl::Form_Load()
 
 void frmFl::CommandOk_Click()
 {
-    const int index = flCombo->currentIndex();
-    // Nothing listed means nothing chosen: 0, as Cancel gives.
-    m_StudyCaseId = index >= 0 && static_cast<std::size_t>(index) < m_ids.size()
-                        ? m_ids[static_cast<std::size_t>(index)]
-                        : 0;
-    accept();
+    // A case number beyond 16 bits cannot be handed back: that is recorded and the form stays
+    // open for another choice.
+    context::runLogged(" CommandOk_Click", platform::automation::LibraryCode::Procedure, [this] {
+        const int index = flCombo->currentIndex();
+        // Nothing listed means nothing chosen: 0, as Cancel gives.
+        m_StudyCaseId = index >= 0 && static_cast<std::size_t>(index) < m_ids.size()
+                            ? m_ids[static_cast<std::size_t>(index)].toInt16()
+                            : int16_t{0};
+        accept();
+    });
 }
 
 void frmFl::CommandCancel_Click()

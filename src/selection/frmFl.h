@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/automation/Variant.h"
+
 #include <QDialog>
 #include <cstdint>
 #include <vector>
@@ -27,14 +29,14 @@ public:
     int16_t m_StudyCaseId = 0;
 
     /// The identifiers of the combo's items, in the same order.
-    const std::vector<int16_t>& studyCaseIds() const { return m_ids; }
+    const std::vector<platform::automation::Variant>& studyCaseIds() const { return m_ids; }
 
 private:
     void Form_Load();
     void CommandOk_Click();
     void CommandCancel_Click();
 
-    std::vector<int16_t> m_ids;
+    std::vector<platform::automation::Variant> m_ids;
     QGroupBox* Frame1 = nullptr;
     QComboBox* flCombo = nullptr;
     QPushButton* CommandOk = nullptr;

@@ -130,7 +130,8 @@ TEST_F(FloodStudyCase, ListsOnlyCasesWithAnnualResultsOfOptionZeroAndOkTakesTheF
     EXPECT_EQ(report.closed, "accepted");
     EXPECT_EQ(id, 3);
     EXPECT_EQ(listed(), (std::vector<std::string>{"Levee breach", "Coastal surge"}));
-    EXPECT_EQ(frmFl::instance().studyCaseIds(), (std::vector<int16_t>{3, 5}));
+    EXPECT_EQ(frmFl::instance().studyCaseIds(),
+              (std::vector<platform::automation::Variant>{platform::automation::Variant(3), platform::automation::Variant(5)}));
     EXPECT_EQ(errorLog(), "");
 }
 
@@ -159,6 +160,24 @@ TEST_F(FloodStudyCase, OkTakesTheChosenItemsIdentifierAndCancelGivesZero)
     EXPECT_EQ(listed(), (std::vector<std::string>{"Levee breach", "Combined river and coast",
                                                   "Coastal surge"}));
     EXPECT_EQ(id, 3);
+}
+
+// A case number too wide for the answer is listed; choosing it fails at OK, recorded, with the
+// form left open.
+TEST_F(FloodStudyCase, ACaseBeyondSixteenBitsIsListedButCannotBeHandedBack)
+{
+    createTables();
+    addCase(3, "Levee breach", {{"Annual", 0}});
+    addCase(70000, "Imported case", {{"Annual", 0}});
+
+    int16_t id = 42;
+    const auto report =
+        choose(id, {action(ui::DialogAction::Kind::Choose, "flCombo", 1), ok, cancel});
+    EXPECT_EQ(listed(), (std::vector<std::string>{"Levee breach", "Imported case"}));
+    ASSERT_EQ(report.actions.size(), 3u);
+    EXPECT_TRUE(report.actions[2].ok) << "still open after the failed OK";
+    EXPECT_EQ(id, 0);
+    EXPECT_EQ(occurrences(errorLog(), " CommandOk_Click"), 1u) << errorLog();
 }
 
 TEST_F(FloodStudyCase, NoCaseFoundIsRecordedAndOkOnTheEmptyListGivesZero)
