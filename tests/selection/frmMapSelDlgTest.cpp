@@ -505,3 +505,34 @@ TEST_F(MapSelectionWindow, LayersAndAddDataWorkOnTheWindowsMap)
 
 } // namespace
 } // namespace brevant::selection
+
+namespace brevant::selection {
+namespace {
+
+// The first view of a unit dialog leaves Alaska and the other far states out only when the
+// layer is named as the state class; under the name the selection service gives, all count.
+TEST_F(MapSelectionWindow, TheFirstViewLeavesOutTheFarStatesOfAStateLayer)
+{
+    gdb::Row alaska = m_tracts->createRow();
+    alaska.setValue(2, std::string("02"));
+    alaska.setValue(3, std::string("02020"));
+    alaska.setValue(4, std::string("02020000100"));
+    alaska.setShape(geometry::Geometry::fromWkt("POLYGON ((50 50, 51 50, 51 51, 50 51, 50 50))"));
+    auto insert = m_tracts->insert();
+    insert.insertRow(alaska);
+    insert.flush();
+
+    auto states = form(0);
+    states->m_pFeatureLayer->setName("syState");
+    run(*states, json::array({{{"close", true}}}));
+    EXPECT_LT(states->m_pMap->extent().xmax(), 20.0);
+    EXPECT_EQ(states->m_pMap->selectionCount(), 0) << "the selection only found the extent";
+
+    auto units = form(0);
+    run(*units, json::array({{{"close", true}}}));
+    EXPECT_DOUBLE_EQ(units->m_pMap->extent().xmax(), 51.0);
+    EXPECT_EQ(errorLog(), "");
+}
+
+} // namespace
+} // namespace brevant::selection
