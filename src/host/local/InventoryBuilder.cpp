@@ -362,14 +362,14 @@ InventoryReport addInventory(const fs::path& root, const InventoryRequest& reque
 
         SqliteDatabase tabular(host.regionDatabasePath(result.region).string(),
                                SqliteDatabase::Mode::ReadWrite);
-        tabular.execute("BEGIN");
+        SqliteDatabase::Transaction transaction(tabular);
         createServerTables(tabular, serverTables);
         for (const auto& table : serverTables) {
             const bool hazardTable = platform::automation::equalsIgnoreCase(table.name,
                                                                             result.hazardTable);
             insertServerRows(tabular, table, hazardTable ? hazardRows : rows);
         }
-        tabular.execute("COMMIT");
+        transaction.commit();
         catalogue.putInventoryClass(
             {request.className, result.database, std::string(1, kind), result.hazardTable});
         // A new class draws with a symbol of its own name; known ones keep theirs.

@@ -9,8 +9,6 @@
 #include "platform/geodatabase/WhereClause.h"
 
 #include <memory>
-
-struct sqlite3_stmt;
 #include <optional>
 #include <vector>
 
@@ -33,11 +31,10 @@ struct CursorState {
     bool partial = false;
     /// The rows ran out: a flush now ends the walk's work, and commits it.
     bool exhausted = false;
-    /// The attribute update statement of the last set of changed fields.
-    struct StatementDeleter {
-        void operator()(sqlite3_stmt* statement) const;
-    };
-    std::unique_ptr<sqlite3_stmt, StatementDeleter> attributeUpdate;
+    /// The attribute update statement of the last set of changed fields, and the connection it
+    /// runs on.
+    std::unique_ptr<tabular::SqliteDatabase> connection;
+    std::optional<tabular::SqliteDatabase::Statement> attributeUpdate;
     std::vector<bool> attributeUpdateFields;
 
     CursorState() = default;
