@@ -202,8 +202,9 @@ std::unique_ptr<CursorState> openCursor(const std::shared_ptr<WorkspaceData>& wo
     }
     gdal::ErrorScope errors;
     std::unique_ptr<OGRGeometry> spatial = gdal::toOgr(state->spatial);
-    state->result = workspace->dataset->ExecuteSQL(sql.c_str(), spatial.get(),
-                                                   native ? nullptr : "OGRSQL");
+    state->result = gdal::ResultSet(
+        *workspace->dataset,
+        workspace->dataset->ExecuteSQL(sql.c_str(), spatial.get(), native ? nullptr : "OGRSQL"));
     if (!state->result) {
         errors.fail("cannot read " + workspace->describe(table->name) + " with \"" + sql + "\"");
     }
@@ -231,15 +232,13 @@ std::optional<int64_t> countBySql(WorkspaceData& workspace, const TableData& tab
         sql += " WHERE " + clause.toSqlite(resolverOf(table));
     }
     gdal::ErrorScope errors;
-    OGRLayer* result = workspace.dataset->ExecuteSQL(sql.c_str(), nullptr, nullptr);
+    const gdal::ResultSet result(*workspace.dataset,
+                                 workspace.dataset->ExecuteSQL(sql.c_str(), nullptr, nullptr));
     if (!result) {
         errors.fail("cannot count " + workspace.describe(table.name) + " with \"" + sql + "\"");
     }
     gdal::FeaturePtr feature(result->GetNextFeature());
-    const int64_t count = feature ? feature->GetFieldAsInteger64(0) : 0;
-    feature.reset();
-    workspace.dataset->ReleaseResultSet(result);
-    return count;
+    return feature ? feature->GetFieldAsInteger64(0) : 0;
 }
 
 namespace {
@@ -309,9 +308,8 @@ std::optional<int64_t> deleteBySql(WorkspaceData& workspace, const TableData& ta
 
 CursorState::~CursorState()
 {
-    if (result) {
-        workspace->dataset->ReleaseResultSet(result);
-    }
+    // The result set goes before the commit, which it would otherwise hold open.
+    result.reset();
     if (wrote) {
         workspace->commit();
     }

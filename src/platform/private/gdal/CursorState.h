@@ -18,7 +18,7 @@ struct CursorState {
     std::shared_ptr<WorkspaceData> workspace;
     std::shared_ptr<TableData> table;
     /// The rows being read: a result set of the dataset, released with the cursor.
-    OGRLayer* result = nullptr;
+    gdal::ResultSet result;
     /// Per field: the attribute index in the result set (-1 for identifier and shape).
     std::vector<int> resultIndex;
     /// A clause the storage cannot evaluate exactly, tested row by row.
