@@ -212,18 +212,30 @@ void insertServerRows(SqliteDatabase& db, const ServerTableSchema& table,
     }
 }
 
-} // namespace
+/// What a request comes to once checked against the region: nothing is written before.
+struct Plan {
+    fs::path folder;
+    fs::path regionDatabase;
+    fs::path systemDataFolder;
+    char kind = 'P';
+    std::vector<ClassSchema> schemas;
+    std::vector<ServerTableSchema> serverTables;
+};
 
-InventoryReport addInventory(const fs::path& root, const InventoryRequest& request,
-                             const std::function<void(int64_t, int64_t)>& progress)
+/// The rows the server tables take, as the classes were given them.
+struct StoredRows {
+    std::vector<NamedValues> rows;
+    std::vector<NamedValues> hazardRows;
+};
+
+Plan validate(const HostRoot& host, const InventoryRequest& request, InventoryReport& result)
 {
-    const HostRoot host = HostRoot::load(root);
-    InventoryReport result;
+    Plan plan;
     result.region = host.regionNamed(request.region).name;
     result.className = request.className;
     checkClassName(request.className);
-    const char kind = static_cast<char>(std::toupper(static_cast<unsigned char>(request.kind)));
-    if (kind != 'P' && kind != 'L') {
+    plan.kind = static_cast<char>(std::toupper(static_cast<unsigned char>(request.kind)));
+    if (plan.kind != 'P' && plan.kind != 'L') {
         hostError(HostError::InvalidInput,
                   std::string("the kind of an inventory class is P or L, not ") + request.kind);
     }
@@ -237,150 +249,204 @@ InventoryReport addInventory(const fs::path& root, const InventoryRequest& reque
                                                " is not an inventory database (trn.mdb, util.mdb, "
                                                "ef.mdb, hplf.mdb or uds.mdb)");
     }
-    const fs::path folder(host.regionFolder(result.region));
-    RegionDatabase catalogue(host.regionDatabasePath(result.region));
-    if (catalogue.inventoryClass(request.className)) {
+    plan.folder = host.regionFolder(result.region);
+    plan.regionDatabase = host.regionDatabasePath(result.region);
+    plan.systemDataFolder = host.systemDataFolder();
+    if (RegionDatabase(plan.regionDatabase).inventoryClass(request.className)) {
         hostError(HostError::InvalidInput, "the region " + result.region +
                                                " already has an inventory class " +
                                                request.className);
     }
-    const auto schemas = inventoryClassSchemas(request.className, kind);
-    {
-        const Workspace existing = Workspace::open(folder / result.database, true);
-        for (const auto& schema : schemas) {
-            if (existing.exists(schema.name)) {
-                hostError(HostError::InvalidInput, result.database + " of region " +
-                                                       result.region + " already holds " +
-                                                       schema.name);
-            }
+    plan.schemas = inventoryClassSchemas(request.className, plan.kind);
+    const Workspace existing = Workspace::open(plan.folder / result.database, true);
+    for (const auto& schema : plan.schemas) {
+        if (existing.exists(schema.name)) {
+            hostError(HostError::InvalidInput, result.database + " of region " + result.region +
+                                                   " already holds " + schema.name);
         }
     }
-
-    std::vector<Feature> features;
-    if (request.from) {
-        features = readFeatures(request, kind, result.repaired, result.dropped);
-        if (request.idField.empty()) {
-            generateIdentifiers(features, request.className);
-        }
-    }
-    result.hazardTable = hasHazardTable(request.className, kind)
+    plan.serverTables = inventoryServerTables(request.className, plan.kind);
+    result.hazardTable = hasHazardTable(request.className, plan.kind)
                              ? hazardTableName(request.className)
                              : std::string();
+    return plan;
+}
 
-    // From here on the region changes; a failure takes back what was added.
-    Workspace db = Workspace::open(folder / result.database);
-    const auto serverTables = inventoryServerTables(request.className, kind);
-    try {
-        std::size_t idLength = 8;
-        for (const auto& feature : features) {
-            idLength = std::max(idLength, feature.id.size());
-        }
-        for (ClassSchema schema : schemas) {
-            // Users' identifiers may be longer than the system's own.
-            schema.fields.front().length = static_cast<int>(idLength);
-            createClass(db, schema);
-        }
-        std::vector<NamedValues> rows;
-        std::vector<NamedValues> hazardRows;
-        if (!features.empty()) {
-            const Workspace bounds = Workspace::open(folder / "RegionBndry.mdb", true);
-            const CodedAreas tracts(bounds, "hztract", "Tract");
-            const std::string idName = identifierFieldName(request.className);
-            auto table = db.openFeatureClass(request.className);
-            InsertCursor insert = table->insert();
-            std::unique_ptr<CodedAreas> counties;
-            std::unique_ptr<platform::geometry::PreparedGeometry> area;
-            std::shared_ptr<FeatureClass> hazard;
-            std::optional<InsertCursor> hazardInsert;
-            if (kind == 'L') {
-                counties = std::make_unique<CodedAreas>(bounds, "hzCounty", "CountyFips");
-                std::vector<Geometry> parts;
-                Cursor cursor = bounds.openFeatureClass("hzboundary")->search();
-                Row row;
-                while (cursor.next(row)) {
-                    parts.push_back(row.shape());
-                }
-                area = std::make_unique<platform::geometry::PreparedGeometry>(
-                    Geometry::unionAll(parts));
-                if (!result.hazardTable.empty()) {
-                    hazard = db.openFeatureClass(result.hazardTable);
-                    hazardInsert.emplace(hazard->insert());
-                }
-            }
-            int64_t done = 0;
-            for (const auto& feature : features) {
-                NamedValues values{{idName, Variant(feature.id)}, {"Name", feature.name}};
-                Geometry shape = feature.shape;
-                if (kind == 'P') {
-                    const Point p = shape.firstPoint();
-                    const auto tract = tracts.at(p);
-                    if (!tract) {
-                        ++result.outside;
-                        continue;
-                    }
-                    values["Tract"] = Variant(*tract);
-                    values["Latitude"] = Variant(p.y);
-                    values["Longitude"] = Variant(p.x);
-                } else {
-                    if (!area->containsProperly(shape)) {
-                        shape = area->intersects(shape)
-                                    ? area->geometry().intersection(shape).asShapeOf(
-                                          ShapeType::Polyline)
-                                    : Geometry();
-                    }
-                    if (shape.isNull() || shape.isEmpty()) {
-                        ++result.outside;
-                        continue;
-                    }
-                    const Point middle = shape.interiorPoint();
-                    values["CountyFips"] = Variant(counties->nearest(middle));
-                    if (hazardInsert) {
-                        NamedValues hazardValues{{idName, Variant(feature.id)},
-                                                 {"Tract", Variant(tracts.nearest(middle))}};
-                        Row hazardRow = hazard->createRow();
-                        setNamedValues(hazardRow, hazardValues);
-                        hazardRow.setShape(shape);
-                        hazardInsert->insertRow(hazardRow);
-                        hazardRows.push_back(std::move(hazardValues));
-                    }
-                }
-                Row row = table->createRow();
-                setNamedValues(row, values);
-                row.setShape(shape);
-                insert.insertRow(row);
-                rows.push_back(std::move(values));
-                ++result.loaded;
-                if (progress && ++done % 10000 == 0) {
-                    progress(done, static_cast<int64_t>(features.size()));
-                }
-            }
-            insert.flush();
-            if (hazardInsert) {
-                hazardInsert->flush();
-            }
-        }
-
-        SqliteDatabase tabular(host.regionDatabasePath(result.region).string(),
-                               SqliteDatabase::Mode::ReadWrite);
-        tabular.execute("BEGIN");
-        createServerTables(tabular, serverTables);
-        for (const auto& table : serverTables) {
-            const bool hazardTable = platform::automation::equalsIgnoreCase(table.name,
-                                                                            result.hazardTable);
-            insertServerRows(tabular, table, hazardTable ? hazardRows : rows);
-        }
-        tabular.execute("COMMIT");
-        catalogue.putInventoryClass(
-            {request.className, result.database, std::string(1, kind), result.hazardTable});
-        // A new class draws with a symbol of its own name; known ones keep theirs.
-        addSymbol(host.systemDataFolder(), request.className, kind);
-    } catch (...) {
-        // The server tables went with their uncommitted transaction.
-        for (const auto& schema : schemas) {
-            db.deleteDataset(schema.name);
-        }
-        throw;
+std::vector<Feature> readSource(const InventoryRequest& request, const Plan& plan,
+                                InventoryReport& result)
+{
+    if (!request.from) {
+        return {};
     }
+    std::vector<Feature> features =
+        readFeatures(request, plan.kind, result.repaired, result.dropped);
+    if (request.idField.empty()) {
+        generateIdentifiers(features, request.className);
+    }
+    return features;
+}
+
+/// The classes created in the inventory database, deleted again unless kept: the database is
+/// not the region database, so no transaction spans both.
+class CreatedClasses {
+public:
+    CreatedClasses(Workspace& db, const std::vector<ClassSchema>& schemas)
+        : m_db(db), m_schemas(schemas)
+    {
+    }
+    ~CreatedClasses()
+    {
+        if (m_kept) {
+            return;
+        }
+        // The failure that brought us here is the one to report.
+        try {
+            for (const auto& schema : m_schemas) {
+                m_db.deleteDataset(schema.name);
+            }
+        } catch (...) {
+        }
+    }
+    CreatedClasses(const CreatedClasses&) = delete;
+    CreatedClasses& operator=(const CreatedClasses&) = delete;
+
+    void keep() { m_kept = true; }
+
+private:
+    Workspace& m_db;
+    const std::vector<ClassSchema>& m_schemas;
+    bool m_kept = false;
+};
+
+/// Creates the classes and loads the features inside the region into them.
+StoredRows writeClasses(Workspace& db, const InventoryRequest& request, const Plan& plan,
+                        const std::vector<Feature>& features, InventoryReport& result,
+                        const std::function<void(int64_t, int64_t)>& progress)
+{
+    std::size_t idLength = 8;
+    for (const auto& feature : features) {
+        idLength = std::max(idLength, feature.id.size());
+    }
+    for (ClassSchema schema : plan.schemas) {
+        // Users' identifiers may be longer than the system's own.
+        schema.fields.front().length = static_cast<int>(idLength);
+        createClass(db, schema);
+    }
+    StoredRows stored;
+    if (features.empty()) {
+        return stored;
+    }
+    const Workspace bounds = Workspace::open(plan.folder / "RegionBndry.mdb", true);
+    const CodedAreas tracts(bounds, "hztract", "Tract");
+    const std::string idName = identifierFieldName(request.className);
+    auto table = db.openFeatureClass(request.className);
+    InsertCursor insert = table->insert();
+    std::unique_ptr<CodedAreas> counties;
+    std::unique_ptr<platform::geometry::PreparedGeometry> area;
+    std::shared_ptr<FeatureClass> hazard;
+    std::optional<InsertCursor> hazardInsert;
+    if (plan.kind == 'L') {
+        counties = std::make_unique<CodedAreas>(bounds, "hzCounty", "CountyFips");
+        std::vector<Geometry> parts;
+        Cursor cursor = bounds.openFeatureClass("hzboundary")->search();
+        Row row;
+        while (cursor.next(row)) {
+            parts.push_back(row.shape());
+        }
+        area = std::make_unique<platform::geometry::PreparedGeometry>(Geometry::unionAll(parts));
+        if (!result.hazardTable.empty()) {
+            hazard = db.openFeatureClass(result.hazardTable);
+            hazardInsert.emplace(hazard->insert());
+        }
+    }
+    int64_t done = 0;
+    for (const auto& feature : features) {
+        NamedValues values{{idName, Variant(feature.id)}, {"Name", feature.name}};
+        Geometry shape = feature.shape;
+        if (plan.kind == 'P') {
+            const Point p = shape.firstPoint();
+            const auto tract = tracts.at(p);
+            if (!tract) {
+                ++result.outside;
+                continue;
+            }
+            values["Tract"] = Variant(*tract);
+            values["Latitude"] = Variant(p.y);
+            values["Longitude"] = Variant(p.x);
+        } else {
+            if (!area->containsProperly(shape)) {
+                shape = area->intersects(shape)
+                            ? area->geometry().intersection(shape).asShapeOf(ShapeType::Polyline)
+                            : Geometry();
+            }
+            if (shape.isNull() || shape.isEmpty()) {
+                ++result.outside;
+                continue;
+            }
+            const Point middle = shape.interiorPoint();
+            values["CountyFips"] = Variant(counties->nearest(middle));
+            if (hazardInsert) {
+                NamedValues hazardValues{{idName, Variant(feature.id)},
+                                         {"Tract", Variant(tracts.nearest(middle))}};
+                Row hazardRow = hazard->createRow();
+                setNamedValues(hazardRow, hazardValues);
+                hazardRow.setShape(shape);
+                hazardInsert->insertRow(hazardRow);
+                stored.hazardRows.push_back(std::move(hazardValues));
+            }
+        }
+        Row row = table->createRow();
+        setNamedValues(row, values);
+        row.setShape(shape);
+        insert.insertRow(row);
+        stored.rows.push_back(std::move(values));
+        ++result.loaded;
+        if (progress && ++done % 10000 == 0) {
+            progress(done, static_cast<int64_t>(features.size()));
+        }
+    }
+    insert.flush();
+    if (hazardInsert) {
+        hazardInsert->flush();
+    }
+    return stored;
+}
+
+/// Server tables, catalogue entry and symbol: all of them or, through the transaction, none
+/// of the region database's part.
+void commitToRegion(const InventoryRequest& request, const Plan& plan, const StoredRows& stored,
+                    const InventoryReport& result)
+{
+    SqliteDatabase tabular(plan.regionDatabase.string(), SqliteDatabase::Mode::ReadWrite);
+    SqliteDatabase::Transaction transaction(tabular);
+    createServerTables(tabular, plan.serverTables);
+    for (const auto& table : plan.serverTables) {
+        const bool hazardTable =
+            platform::automation::equalsIgnoreCase(table.name, result.hazardTable);
+        insertServerRows(tabular, table, hazardTable ? stored.hazardRows : stored.rows);
+    }
+    RegionDatabase::putInventoryClass(
+        tabular, {request.className, result.database, std::string(1, plan.kind), result.hazardTable});
+    // A new class draws with a symbol of its own name; known ones keep theirs.
+    addSymbol(plan.systemDataFolder, request.className, plan.kind);
+    transaction.commit();
+}
+
+} // namespace
+
+InventoryReport addInventory(const fs::path& root, const InventoryRequest& request,
+                             const std::function<void(int64_t, int64_t)>& progress)
+{
+    const HostRoot host = HostRoot::load(root);
+    InventoryReport result;
+    const Plan plan = validate(host, request, result);
+    const std::vector<Feature> features = readSource(request, plan, result);
+
+    Workspace db = Workspace::open(plan.folder / result.database);
+    CreatedClasses created(db, plan.schemas);
+    const StoredRows stored = writeClasses(db, request, plan, features, result, progress);
+    commitToRegion(request, plan, stored, result);
+    created.keep();
     if (progress) {
         progress(static_cast<int64_t>(features.size()), static_cast<int64_t>(features.size()));
     }

@@ -51,7 +51,8 @@ struct InventoryReport {
 ///
 /// Bad input (an unknown region or database, a class that exists, a kind other than P or L, a
 /// source that does not open or has the wrong shapes, a missing or duplicate identifier) is an
-/// InvalidInput host error that changes nothing.
+/// InvalidInput host error that changes nothing; a failure while the class is written or
+/// catalogued leaves the region's inventory as it was.
 InventoryReport addInventory(const std::filesystem::path& root, const InventoryRequest& request,
                              const std::function<void(int64_t done, int64_t total)>& progress = {});
 

@@ -266,7 +266,7 @@ void writeRegion(const fs::path& folder, const std::string& finalFolder, const s
     {
         platform::tabular::SqliteDatabase db(tabular.string(),
                                              platform::tabular::SqliteDatabase::Mode::ReadWrite);
-        db.execute("BEGIN");
+        platform::tabular::SqliteDatabase::Transaction transaction(db);
         std::vector<ServerTableSchema> tables = regionServerTables();
         std::erase_if(tables, [](const ServerTableSchema& t) { return isInventoryData(t.name); });
         createServerTables(db, tables);
@@ -277,7 +277,7 @@ void writeRegion(const fs::path& folder, const std::string& finalFolder, const s
             insert.bind(1, tract.code).bind(2, tract.inside.y).bind(3, tract.inside.x);
             insert.step();
         }
-        db.execute("COMMIT");
+        transaction.commit();
     }
     RegionDatabase settings(tabular);
     settings.write("General", "AggLevel", std::to_string(request.aggLevel));

@@ -156,6 +156,11 @@ void RegionDatabase::markMapProcessed(const std::string& code)
 void RegionDatabase::putInventoryClass(const InventoryClass& entry)
 {
     SqliteDatabase db(m_path.string(), SqliteDatabase::Mode::ReadWrite);
+    putInventoryClass(db, entry);
+}
+
+void RegionDatabase::putInventoryClass(SqliteDatabase& db, const InventoryClass& entry)
+{
     SqliteDatabase::Statement upsert(
         db, "INSERT OR REPLACE INTO InventoryClasses (TableName, DatabaseName, Kind, "
             "HazardTable) VALUES (?1, ?2, ?3, ?4)");

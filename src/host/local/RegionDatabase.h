@@ -6,6 +6,10 @@
 #include <vector>
 #include <string>
 
+namespace brevant::platform::tabular {
+class SqliteDatabase;
+}
+
 namespace brevant::host::local {
 
 /// A region's tabular database `region.sqlite`. This class owns its settings store (values by
@@ -63,6 +67,10 @@ public:
 
     /// Adds or replaces an inventory class.
     void putInventoryClass(const InventoryClass& entry);
+    /// The same through a connection to the region database the caller holds, so that the
+    /// entry joins the caller's transaction.
+    static void putInventoryClass(platform::tabular::SqliteDatabase& db,
+                                  const InventoryClass& entry);
     std::optional<InventoryClass> inventoryClass(const std::string& tableName) const;
     std::vector<InventoryClass> inventoryClasses() const;
 

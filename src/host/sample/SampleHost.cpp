@@ -251,7 +251,7 @@ void writeRegionExtras(const HostRoot& host, const std::string& region,
         }
     }
     SqliteDatabase db(host.regionDatabasePath(region).string(), SqliteDatabase::Mode::ReadWrite);
-    db.execute("BEGIN");
+    SqliteDatabase::Transaction transaction(db);
     {
         SqliteDatabase::Statement insert(
             db, "INSERT INTO flStudyCase (StudyCaseId, StudyCasename) VALUES (?1, ?2)");
@@ -287,7 +287,7 @@ void writeRegionExtras(const HostRoot& host, const std::string& region,
             insert.step();
         }
     }
-    db.execute("COMMIT");
+    transaction.commit();
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 #include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/Table.h"
 
-#include <sqlite3.h>
 
 namespace brevant::platform::geodatabase {
 
@@ -47,26 +46,26 @@ WhereClause::FieldResolver resolverOf(const TableData& table)
 }
 
 // Binds a value as the storage keeps a field of `type`; conversion errors are the value's own.
-void bindValue(sqlite3_stmt* statement, int parameter, FieldType type,
+void bindValue(tabular::SqliteDatabase::Statement& statement, int parameter, FieldType type,
                const automation::Variant& value)
 {
     if (value.isNull() || value.isEmpty()) {
-        sqlite3_bind_null(statement, parameter);
+        statement.bindNull(parameter);
         return;
     }
     switch (type) {
     // SQLite keeps any integer; a 16-bit field must refuse what an insert would refuse, or the
     // value reads back wrapped.
     case FieldType::SmallInteger:
-        sqlite3_bind_int64(statement, parameter, value.toInt16());
+        statement.bind(parameter, static_cast<int64_t>(value.toInt16()));
         break;
     case FieldType::Integer:
     case FieldType::OID:
-        sqlite3_bind_int64(statement, parameter, value.toInt32());
+        statement.bind(parameter, static_cast<int64_t>(value.toInt32()));
         break;
     case FieldType::Single:
     case FieldType::Double:
-        sqlite3_bind_double(statement, parameter, value.toDouble());
+        statement.bind(parameter, value.toDouble());
         break;
     case FieldType::Date: {
         std::string text = value.toDate().toString();
@@ -75,15 +74,12 @@ void bindValue(sqlite3_stmt* statement, int parameter, FieldType type,
         }
         text[10] = 'T';
         text += ".000Z";
-        sqlite3_bind_text(statement, parameter, text.c_str(), -1, SQLITE_TRANSIENT);
+        statement.bind(parameter, std::string_view(text));
         break;
     }
-    default: {
-        const std::string text = value.toString();
-        sqlite3_bind_text(statement, parameter, text.c_str(), static_cast<int>(text.size()),
-                          SQLITE_TRANSIENT);
+    default:
+        statement.bind(parameter, std::string_view(value.toString()));
         break;
-    }
     }
 }
 const char* shapeTypeName(geometry::ShapeType type)
@@ -206,8 +202,9 @@ std::unique_ptr<CursorState> openCursor(const std::shared_ptr<WorkspaceData>& wo
     }
     gdal::ErrorScope errors;
     std::unique_ptr<OGRGeometry> spatial = gdal::toOgr(state->spatial);
-    state->result = workspace->dataset->ExecuteSQL(sql.c_str(), spatial.get(),
-                                                   native ? nullptr : "OGRSQL");
+    state->result = gdal::ResultSet(
+        *workspace->dataset,
+        workspace->dataset->ExecuteSQL(sql.c_str(), spatial.get(), native ? nullptr : "OGRSQL"));
     if (!state->result) {
         errors.fail("cannot read " + workspace->describe(table->name) + " with \"" + sql + "\"");
     }
@@ -235,15 +232,13 @@ std::optional<int64_t> countBySql(WorkspaceData& workspace, const TableData& tab
         sql += " WHERE " + clause.toSqlite(resolverOf(table));
     }
     gdal::ErrorScope errors;
-    OGRLayer* result = workspace.dataset->ExecuteSQL(sql.c_str(), nullptr, nullptr);
+    const gdal::ResultSet result(*workspace.dataset,
+                                 workspace.dataset->ExecuteSQL(sql.c_str(), nullptr, nullptr));
     if (!result) {
         errors.fail("cannot count " + workspace.describe(table.name) + " with \"" + sql + "\"");
     }
     gdal::FeaturePtr feature(result->GetNextFeature());
-    const int64_t count = feature ? feature->GetFieldAsInteger64(0) : 0;
-    feature.reset();
-    workspace.dataset->ReleaseResultSet(result);
-    return count;
+    return feature ? feature->GetFieldAsInteger64(0) : 0;
 }
 
 namespace {
@@ -253,31 +248,17 @@ template <class Bind>
 int64_t runStatement(WorkspaceData& workspace, const TableData& table, const std::string& sql,
                      const std::string& what, Bind&& bind)
 {
-    sqlite3* db = workspace.sqliteHandle();
-    sqlite3_stmt* raw = nullptr;
-    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &raw, nullptr) != SQLITE_OK) {
-        sqlite3_finalize(raw);
-        fail(CPLE_AppDefined, "cannot prepare \"" + sql + "\" on " +
-                                  workspace.describe(table.name) + ": " + sqlite3_errmsg(db));
-    }
-    const std::unique_ptr<sqlite3_stmt, CursorState::StatementDeleter> statement(raw);
-    bind(statement.get());
+    const auto db = workspace.sqlite(table.name);
+    tabular::SqliteDatabase::Statement statement(*db, sql);
+    bind(statement);
     // Rows other cursors stored are theirs to keep, whatever happens to this statement.
     if (!workspace.commit()) {
         fail(CPLE_FileIO, "cannot commit changes to " + workspace.describe(table.name));
     }
-    workspace.beginWrite();
-    if (sqlite3_step(statement.get()) != SQLITE_DONE) {
-        const std::string reason = sqlite3_errmsg(db);
-        workspace.rollback();
-        fail(CPLE_AppDefined, "cannot " + what + " " + workspace.describe(table.name) + ": " +
-                                  reason);
-    }
-    const int64_t changed = sqlite3_changes64(db);
-    if (!workspace.commit()) {
-        workspace.rollback();
-        fail(CPLE_FileIO, "cannot commit changes to " + workspace.describe(table.name));
-    }
+    tabular::SqliteDatabase::Transaction transaction(*db);
+    statement.step("cannot " + what);
+    const int64_t changed = db->changes();
+    transaction.commit();
     return changed;
 }
 
@@ -307,7 +288,9 @@ std::optional<int64_t> calculateBySql(WorkspaceData& workspace, const TableData&
                             gdal::sqlName(field.name) + " = ?" +
                             sqlWhere(workspace, table, filter);
     return runStatement(workspace, table, sql, "set " + field.name + " of",
-                        [&](sqlite3_stmt* statement) { bindValue(statement, 1, field.type, value); });
+                        [&](tabular::SqliteDatabase::Statement& statement) {
+                            bindValue(statement, 1, field.type, value);
+                        });
 }
 
 std::optional<int64_t> deleteBySql(WorkspaceData& workspace, const TableData& table,
@@ -319,22 +302,17 @@ std::optional<int64_t> deleteBySql(WorkspaceData& workspace, const TableData& ta
     table.requireLayer(workspace);
     const std::string sql =
         "DELETE FROM " + gdal::sqlName(table.name) + sqlWhere(workspace, table, filter);
-    return runStatement(workspace, table, sql, "delete rows of", [](sqlite3_stmt*) {});
+    return runStatement(workspace, table, sql, "delete rows of",
+                        [](tabular::SqliteDatabase::Statement&) {});
 }
 
 CursorState::~CursorState()
 {
-    if (result) {
-        workspace->dataset->ReleaseResultSet(result);
-    }
+    // The result set goes before the commit, which it would otherwise hold open.
+    result.reset();
     if (wrote) {
         workspace->commit();
     }
-}
-
-void CursorState::StatementDeleter::operator()(sqlite3_stmt* statement) const
-{
-    sqlite3_finalize(statement);
 }
 
 bool CursorState::writeAttributes(const Row& row)
@@ -345,8 +323,7 @@ bool CursorState::writeAttributes(const Row& row)
     if (table->hasShape && changed[1]) {
         return false;
     }
-    sqlite3* db = workspace->sqliteHandle();
-    if (!db) {
+    if (!workspace->sqliteHandle()) {
         return false;
     }
     table->requireLayer(*workspace);
@@ -363,18 +340,13 @@ bool CursorState::writeAttributes(const Row& row)
             return true;
         }
         sql += " WHERE " + gdal::sqlName(fields.field(0).name) + " = ?";
-        sqlite3_stmt* raw = nullptr;
-        if (sqlite3_prepare_v2(db, sql.c_str(), -1, &raw, nullptr) != SQLITE_OK) {
-            sqlite3_finalize(raw);
-            fail(CPLE_AppDefined, "cannot prepare \"" + sql + "\" on " +
-                                      workspace->describe(table->name) + ": " +
-                                      sqlite3_errmsg(db));
-        }
-        attributeUpdate.reset(raw);
+        attributeUpdate.reset();
+        connection = workspace->sqlite(table->name);
+        attributeUpdate.emplace(*connection, sql);
         attributeUpdateFields = changed;
     }
-    sqlite3_stmt* statement = attributeUpdate.get();
-    sqlite3_reset(statement);
+    tabular::SqliteDatabase::Statement& statement = *attributeUpdate;
+    statement.reset();
     int parameter = 1;
     for (int i = 0; i < fields.count(); ++i) {
         if (!changed[static_cast<std::size_t>(i)]) {
@@ -382,13 +354,10 @@ bool CursorState::writeAttributes(const Row& row)
         }
         bindValue(statement, parameter++, fields.field(i).type, row.value(i));
     }
-    sqlite3_bind_int64(statement, parameter, row.oid());
+    statement.bind(parameter, static_cast<int64_t>(row.oid()));
     workspace->beginWrite();
     wrote = true;
-    if (sqlite3_step(statement) != SQLITE_DONE) {
-        fail(CPLE_AppDefined, "cannot store row " + std::to_string(row.oid()) + " of " +
-                                  workspace->describe(table->name) + ": " + sqlite3_errmsg(db));
-    }
+    statement.step("cannot store row " + std::to_string(row.oid()) + " of");
     return true;
 }
 

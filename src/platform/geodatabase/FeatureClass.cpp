@@ -32,7 +32,8 @@ geometry::Envelope FeatureClass::extent() const
         const std::string sql = "SELECT MIN(ST_MinX(" + gdal::sqlName(column) + ")), MIN(ST_MinY(" +
                                 gdal::sqlName(column) + ")), MAX(ST_MaxX(" + gdal::sqlName(column) +
                                 ")), MAX(ST_MaxY(" + gdal::sqlName(column) + ")) FROM " + gdal::sqlName(table);
-        OGRLayer* result = workspace.dataset->ExecuteSQL(sql.c_str(), nullptr, nullptr);
+        const gdal::ResultSet result(*workspace.dataset,
+                                     workspace.dataset->ExecuteSQL(sql.c_str(), nullptr, nullptr));
         if (!result) {
             errors.fail("cannot read the extent of " + workspace.describe(table));
         }
@@ -42,8 +43,6 @@ geometry::Envelope FeatureClass::extent() const
             found = geometry::Envelope(row->GetFieldAsDouble(0), row->GetFieldAsDouble(1),
                                        row->GetFieldAsDouble(2), row->GetFieldAsDouble(3));
         }
-        row.reset();
-        workspace.dataset->ReleaseResultSet(result);
         return found;
     }
     if (layer.GetExtent(&envelope, TRUE) != OGRERR_NONE) {

@@ -94,10 +94,10 @@ void TableData::loadFields()
             srs = nullptr;
         }
         if (srs) {
-            char* wkt = nullptr;
-            srs->exportToWkt(&wkt);
-            spatialReference = geometry::SpatialReference::fromWkt(wkt);
-            CPLFree(wkt);
+            char* exported = nullptr;
+            srs->exportToWkt(&exported);
+            const cpl::CplPtr<> wkt(exported);
+            spatialReference = geometry::SpatialReference::fromWkt(wkt.get());
         }
         list->append(Field{shapeFieldName, FieldType::Geometry, 0, {}});
         ogrIndex.push_back(-1);

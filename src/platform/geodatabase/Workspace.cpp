@@ -172,6 +172,24 @@ sqlite3* WorkspaceData::sqliteHandle() const
     return static_cast<sqlite3*>(GDALGetInternalHandle(dataset.get(), "SQLITE_HANDLE"));
 }
 
+std::unique_ptr<tabular::SqliteDatabase> WorkspaceData::sqlite(const std::string& table)
+{
+    sqlite3* handle = sqliteHandle();
+    if (!handle) {
+        return nullptr;
+    }
+    tabular::SqliteDatabase::Lender lender;
+    lender.fail = [](int, const std::string& message) { fail(CPLE_AppDefined, message); };
+    lender.begin = [this] { beginWrite(); };
+    lender.commit = [this, table] {
+        if (!commit()) {
+            fail(CPLE_FileIO, "cannot commit changes to " + describe(table));
+        }
+    };
+    lender.rollback = [this] { rollback(); };
+    return std::make_unique<tabular::SqliteDatabase>(handle, describe(table), std::move(lender));
+}
+
 std::string WorkspaceData::describe(const std::string& table) const
 {
     return table + " in " + path.string();

@@ -1,10 +1,7 @@
 #include "platform/geometry/SpatialReference.h"
 
-#include "platform/automation/ErrorNumbers.h"
-#include "platform/automation/PlatformError.h"
+#include "cpl/CplSupport.h"
 
-#include <cpl_conv.h>
-#include <cpl_error.h>
 #include <ogr_spatialref.h>
 
 #include <algorithm>
@@ -19,31 +16,6 @@ namespace {
 
 constexpr int Nad83 = 4269;
 
-// Keeps GDAL's complaints off stderr while a definition is read; the last one goes into the
-// PlatformError instead.
-class QuietErrors {
-public:
-    QuietErrors()
-    {
-        CPLErrorReset();
-        CPLPushErrorHandler(CPLQuietErrorHandler);
-    }
-    ~QuietErrors() { CPLPopErrorHandler(); }
-    QuietErrors(const QuietErrors&) = delete;
-    QuietErrors& operator=(const QuietErrors&) = delete;
-
-    [[noreturn]] void fail(const std::string& what) const
-    {
-        std::string message = what;
-        if (const char* last = CPLGetLastErrorMsg(); last && *last) {
-            message += std::string(": ") + last;
-        }
-        const int number = CPLGetLastErrorNo() != CPLE_None ? CPLGetLastErrorNo() : CPLE_AppDefined;
-        throw automation::PlatformError(automation::ErrorNumber::GdalBase + (number & 0xfff),
-                                        "GDAL", message);
-    }
-};
-
 // EPSG code of a definition: its own authority code, else the one EPSG entry it matches.
 int identifyEpsg(OGRSpatialReference& srs)
 {
@@ -56,15 +28,15 @@ int identifyEpsg(OGRSpatialReference& srs)
         return code;
     }
     int count = 0;
-    int* confidence = nullptr;
-    OGRSpatialReferenceH* matches = srs.FindMatches(nullptr, &count, &confidence);
-    int code = 0;
-    if (count > 0 && (confidence[0] == 100 || (count == 1 && confidence[0] >= 90))) {
-        code = codeOf(*OGRSpatialReference::FromHandle(matches[0]));
+    int* scores = nullptr;
+    OGRSpatialReferenceH* found = srs.FindMatches(nullptr, &count, &scores);
+    const cpl::CplPtr<int> confidence(scores);
+    const std::unique_ptr<OGRSpatialReferenceH, decltype(&OSRFreeSRSArray)> matches(
+        found, &OSRFreeSRSArray);
+    if (count > 0 && (confidence.get()[0] == 100 || (count == 1 && confidence.get()[0] >= 90))) {
+        return codeOf(*OGRSpatialReference::FromHandle(matches.get()[0]));
     }
-    OSRFreeSRSArray(matches);
-    CPLFree(confidence);
-    return code;
+    return 0;
 }
 
 std::string nameOf(const OGRSpatialReference& srs, int epsg)
@@ -85,17 +57,17 @@ std::string nameOf(const OGRSpatialReference& srs, int epsg)
 
 std::string wktOf(const OGRSpatialReference& srs)
 {
-    char* text = nullptr;
+    char* exported = nullptr;
+    OGRErr status = srs.exportToWkt(&exported);
+    cpl::CplPtr<> text(exported);
     // Some systems have no WKT1 form; WKT2 keeps them.
-    if (srs.exportToWkt(&text) != OGRERR_NONE || !text || !*text) {
-        CPLFree(text);
-        text = nullptr;
+    if (status != OGRERR_NONE || !text || !*text) {
+        exported = nullptr;
         const char* options[] = {"FORMAT=WKT2_2018", nullptr};
-        srs.exportToWkt(&text, options);
+        srs.exportToWkt(&exported, options);
+        text.reset(exported);
     }
-    std::string wkt = text ? text : "";
-    CPLFree(text);
-    return wkt;
+    return text ? std::string(text.get()) : std::string();
 }
 
 // Reading a definition queries the PROJ database (and matching it, a scan of it); every
@@ -126,7 +98,7 @@ SpatialReference SpatialReference::fromEpsg(int code)
 {
     static Cache<int> cache;
     return cache.get(code, [code] {
-        QuietErrors errors;
+        cpl::ErrorScope errors;
         OGRSpatialReference srs;
         srs.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
         if (srs.importFromEPSG(code) != OGRERR_NONE) {
@@ -145,7 +117,7 @@ SpatialReference SpatialReference::fromWkt(const std::string& wkt)
 {
     static Cache<std::string> cache;
     return cache.get(wkt, [&wkt] {
-        QuietErrors errors;
+        cpl::ErrorScope errors;
         OGRSpatialReference srs;
         srs.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
         if (wkt.empty() || srs.SetFromUserInput(wkt.c_str()) != OGRERR_NONE) {
@@ -174,7 +146,7 @@ bool SpatialReference::sameAs(const SpatialReference& other) const
     if (m_wkt == other.m_wkt) {
         return true;
     }
-    QuietErrors errors;
+    cpl::ErrorScope errors;
     OGRSpatialReference a;
     OGRSpatialReference b;
     if (a.importFromWkt(m_wkt.c_str()) != OGRERR_NONE ||

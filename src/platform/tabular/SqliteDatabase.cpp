@@ -12,7 +12,9 @@ using automation::ErrorNumber::SqliteBase;
 
 void SqliteDatabase::Closer::operator()(sqlite3* db) const
 {
-    sqlite3_close_v2(db);
+    if (!borrowed) {
+        sqlite3_close_v2(db);
+    }
 }
 
 void SqliteDatabase::Statement::Finalizer::operator()(sqlite3_stmt* statement) const
@@ -20,7 +22,8 @@ void SqliteDatabase::Statement::Finalizer::operator()(sqlite3_stmt* statement) c
     sqlite3_finalize(statement);
 }
 
-SqliteDatabase::SqliteDatabase(const std::string& path, Mode mode) : m_path(path)
+SqliteDatabase::SqliteDatabase(const std::string& path, Mode mode)
+    : m_path(path), m_db(nullptr, Closer{false})
 {
     int flags = SQLITE_OPEN_FULLMUTEX;
     switch (mode) {
@@ -43,10 +46,18 @@ SqliteDatabase::SqliteDatabase(const std::string& path, Mode mode) : m_path(path
     sqlite3_busy_timeout(raw, 5000);
 }
 
+SqliteDatabase::SqliteDatabase(sqlite3* handle, std::string name, Lender lender)
+    : m_path(std::move(name)), m_db(handle, Closer{true}), m_lender(std::move(lender))
+{
+}
+
 void SqliteDatabase::fail(int code, std::string_view doing) const
 {
     std::string message = std::string(doing) + " " + m_path + ": ";
     message += m_db ? sqlite3_errmsg(m_db.get()) : sqlite3_errstr(code);
+    if (m_lender) {
+        m_lender->fail(code, message);
+    }
     throw PlatformError(SqliteBase + (code & 0xff), "SQLite", message);
 }
 
@@ -101,6 +112,11 @@ SqliteDatabase::Statement& SqliteDatabase::Statement::bindNull(int index)
 
 bool SqliteDatabase::Statement::step()
 {
+    return step("cannot run \"" + std::string(sqlite3_sql(m_statement.get())) + "\" on");
+}
+
+bool SqliteDatabase::Statement::step(std::string_view doing)
+{
     const int rc = sqlite3_step(m_statement.get());
     if (rc == SQLITE_ROW) {
         return true;
@@ -108,7 +124,7 @@ bool SqliteDatabase::Statement::step()
     if (rc == SQLITE_DONE) {
         return false;
     }
-    m_db.fail(rc, "cannot run \"" + std::string(sqlite3_sql(m_statement.get())) + "\" on");
+    m_db.fail(rc, doing);
 }
 
 void SqliteDatabase::Statement::reset()
@@ -191,21 +207,70 @@ int64_t SqliteDatabase::totalChanges() const
     return sqlite3_total_changes64(m_db.get());
 }
 
+int64_t SqliteDatabase::changes() const
+{
+    return sqlite3_changes64(m_db.get());
+}
+
 int64_t SqliteDatabase::lastInsertRowid() const
 {
     return sqlite3_last_insert_rowid(m_db.get());
 }
 
+namespace {
+// One name serves every level: SQLite releases and rolls back to the innermost of a name.
+constexpr const char* kSavepoint = "brevant_nested";
+} // namespace
+
+SqliteDatabase::Transaction::Transaction(SqliteDatabase& db)
+    : m_db(db), m_outermost(sqlite3_get_autocommit(db.m_db.get()) != 0)
+{
+    if (!m_outermost) {
+        db.execute(std::string("SAVEPOINT ") + kSavepoint);
+    } else if (db.m_lender) {
+        db.m_lender->begin();
+    } else {
+        db.execute("BEGIN");
+    }
+}
+
+void SqliteDatabase::Transaction::commit()
+{
+    if (!m_outermost) {
+        m_db.execute(std::string("RELEASE ") + kSavepoint);
+    } else if (m_db.m_lender) {
+        m_db.m_lender->commit();
+    } else {
+        m_db.execute("COMMIT");
+    }
+    m_done = true;
+}
+
+SqliteDatabase::Transaction::~Transaction()
+{
+    if (m_done) {
+        return;
+    }
+    if (m_outermost && m_db.m_lender) {
+        m_db.m_lender->rollback();
+        return;
+    }
+    // Some failures (a full disk among them) end the transaction on their own; there is then
+    // nothing left to take back.
+    if (sqlite3_get_autocommit(m_db.m_db.get())) {
+        return;
+    }
+    const std::string sql = m_outermost ? std::string("ROLLBACK")
+                                        : std::string("ROLLBACK TO ") + kSavepoint +
+                                              "; RELEASE " + kSavepoint;
+    sqlite3_exec(m_db.m_db.get(), sql.c_str(), nullptr, nullptr, nullptr);
+}
+
 void SqliteDatabase::inTransaction(const std::function<void()>& body)
 {
-    execute("BEGIN");
-    try {
-        body();
-        execute("COMMIT");
-    } catch (...) {
-        execute("ROLLBACK");
-        throw;
-    }
+    Transaction transaction(*this);
+    body();
+    transaction.commit();
 }
 
 } // namespace brevant::platform::tabular

@@ -21,6 +21,22 @@ public:
 
     SqliteDatabase(const std::string& path, Mode mode);
 
+    /// The terms of a connection someone else owns and keeps open (GDAL's, of a GeoPackage):
+    /// its errors are numbered as the owner's and its transactions are the owner's, so that
+    /// the owner's own bookkeeping of them stays true.
+    struct Lender {
+        /// Throws the owner's error; `code` is SQLite's result code, `message` says what was
+        /// being done and ends with the database's own words.
+        std::function<void(int code, const std::string& message)> fail;
+        std::function<void()> begin;
+        /// Throws when the owner cannot commit.
+        std::function<void()> commit;
+        /// Never throws.
+        std::function<void()> rollback;
+    };
+    /// Uses `handle` without owning it; `name` stands for the file in messages.
+    SqliteDatabase(sqlite3* handle, std::string name, Lender lender);
+
     /// A prepared statement, owned; bind parameters are one-based as in SQLite.
     class Statement {
     public:
@@ -32,6 +48,8 @@ public:
         Statement& bindNull(int index);
         /// Steps once: true while a row is available.
         bool step();
+        /// As step(); a failure says `doing` ("cannot store row 7 of") before the database.
+        bool step(std::string_view doing);
         /// Resets for another run with new bindings.
         void reset();
 
@@ -62,12 +80,32 @@ public:
 
     /// Runs one or more statements that return no rows.
     void execute(std::string_view sql);
+    /// A transaction from construction to commit(); destroyed uncommitted, it takes back what
+    /// was stored since. Inside another transaction it is a savepoint: its commit keeps the
+    /// changes for the enclosing one to commit or take back, its rollback takes back its own.
+    class Transaction {
+    public:
+        explicit Transaction(SqliteDatabase& db);
+        ~Transaction();
+        Transaction(const Transaction&) = delete;
+        Transaction& operator=(const Transaction&) = delete;
+
+        void commit();
+
+    private:
+        SqliteDatabase& m_db;
+        bool m_outermost;
+        bool m_done = false;
+    };
+
     /// Runs `body` in one transaction: everything it stores is committed, or on any exception
     /// nothing is, and the exception goes on.
     void inTransaction(const std::function<void()>& body);
     const std::string& path() const { return m_path; }
     /// Rows changed since the database was opened, including changes made by triggers.
     int64_t totalChanges() const;
+    /// Rows the last statement changed, not counting triggers.
+    int64_t changes() const;
     /// Row identifier of the last row inserted through this connection.
     int64_t lastInsertRowid() const;
 
@@ -76,10 +114,12 @@ private:
     [[noreturn]] void fail(int code, std::string_view doing) const;
 
     struct Closer {
+        bool borrowed;
         void operator()(sqlite3* db) const;
     };
     std::string m_path;
     std::unique_ptr<sqlite3, Closer> m_db;
+    std::optional<Lender> m_lender;
 };
 
 } // namespace brevant::platform::tabular

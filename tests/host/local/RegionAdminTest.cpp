@@ -381,6 +381,37 @@ TEST_F(RegionAdmin, BadInputChangesNothing)
     expectUnchanged([&] { addInventory(m_root, inventory); }, "not an inventory database");
 }
 
+TEST_F(RegionAdmin, AnInventoryTheRegionDatabaseRefusesLeavesNothingBehind)
+{
+    createRegion(m_root, request);
+    std::ofstream(m_sources / "schools.geojson") << R"({"type": "FeatureCollection", "features": [
+        {"type": "Feature", "properties": {"SCHOOL_NO": "S-1"},
+         "geometry": {"type": "Point", "coordinates": [-99.5, 41.5]}}]})";
+    const InventoryRequest schools{"", "hzSchool", 'P', "",
+                                   VectorSource{m_sources / "schools.geojson", ""}, "SCHOOL_NO"};
+    const HostRoot host = HostRoot::load(m_root);
+    const fs::path folder(host.regionFolder("Testville"));
+    platform::tabular::SqliteDatabase region(host.regionDatabasePath("Testville").string(),
+                                             platform::tabular::SqliteDatabase::Mode::ReadWrite);
+    // The catalogue entry is the last the region database is given: the classes are loaded and
+    // the server tables filled by then.
+    region.execute("CREATE TRIGGER Refuse BEFORE INSERT ON InventoryClasses "
+                   "BEGIN SELECT RAISE(ABORT, 'the catalogue is closed'); END");
+    EXPECT_THROW(addInventory(m_root, schools), PlatformError);
+
+    EXPECT_FALSE(Workspace::open(folder / "ef.mdb", true).exists("hzSchool"));
+    EXPECT_FALSE(RegionDatabase(host.regionDatabasePath("Testville")).inventoryClass("hzSchool"));
+    const auto serverTables = inventoryServerTables("hzSchool", 'P');
+    ASSERT_FALSE(serverTables.empty());
+    for (const auto& table : serverTables) {
+        platform::tabular::SqliteDatabase::Statement find(
+            region, "SELECT 1 FROM sqlite_master WHERE name = ?1 COLLATE NOCASE");
+        EXPECT_FALSE(find.bind(1, table.name).step()) << table.name << " was left behind";
+    }
+    region.execute("DROP TRIGGER Refuse");
+    EXPECT_EQ(addInventory(m_root, schools).loaded, 1) << "the failed attempt is not in the way";
+}
+
 // San Francisco from census files: tracts, the county as boundary (with its islands), the Bay
 // Area liquefaction zones (one invalid multipolygon) and the Bay Area hospitals.
 TEST(RegionFromRealData, SanFrancisco)

@@ -9,8 +9,6 @@
 #include "platform/geodatabase/WhereClause.h"
 
 #include <memory>
-
-struct sqlite3_stmt;
 #include <optional>
 #include <vector>
 
@@ -20,7 +18,7 @@ struct CursorState {
     std::shared_ptr<WorkspaceData> workspace;
     std::shared_ptr<TableData> table;
     /// The rows being read: a result set of the dataset, released with the cursor.
-    OGRLayer* result = nullptr;
+    gdal::ResultSet result;
     /// Per field: the attribute index in the result set (-1 for identifier and shape).
     std::vector<int> resultIndex;
     /// A clause the storage cannot evaluate exactly, tested row by row.
@@ -33,11 +31,10 @@ struct CursorState {
     bool partial = false;
     /// The rows ran out: a flush now ends the walk's work, and commits it.
     bool exhausted = false;
-    /// The attribute update statement of the last set of changed fields.
-    struct StatementDeleter {
-        void operator()(sqlite3_stmt* statement) const;
-    };
-    std::unique_ptr<sqlite3_stmt, StatementDeleter> attributeUpdate;
+    /// The attribute update statement of the last set of changed fields, and the connection it
+    /// runs on.
+    std::unique_ptr<tabular::SqliteDatabase> connection;
+    std::optional<tabular::SqliteDatabase::Statement> attributeUpdate;
     std::vector<bool> attributeUpdateFields;
 
     CursorState() = default;

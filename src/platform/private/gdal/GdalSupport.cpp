@@ -26,35 +26,6 @@ void ensureRegistered()
     });
 }
 
-ErrorScope::ErrorScope()
-{
-    CPLPushErrorHandlerEx(&ErrorScope::handler, this);
-}
-
-ErrorScope::~ErrorScope()
-{
-    CPLPopErrorHandler();
-}
-
-void CPL_STDCALL ErrorScope::handler(CPLErr level, CPLErrorNum number, const char* message)
-{
-    auto* scope = static_cast<ErrorScope*>(CPLGetErrorHandlerUserData());
-    if (scope && level >= CE_Failure) {
-        scope->m_message = message ? message : "";
-        scope->m_number = number;
-    }
-}
-
-void ErrorScope::fail(const std::string& what) const
-{
-    std::string message = what;
-    if (!m_message.empty()) {
-        message += ": " + m_message;
-    }
-    throw automation::PlatformError(automation::ErrorNumber::GdalBase + (m_number & 0xfff),
-                                    "GDAL", message);
-}
-
 FieldType fieldType(const OGRFieldDefn& definition)
 {
     switch (definition.GetType()) {

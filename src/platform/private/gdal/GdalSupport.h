@@ -2,6 +2,7 @@
 
 // Private to the geodatabase layer: owning handles and error capture for GDAL/OGR.
 
+#include "cpl/CplSupport.h"
 #include "platform/automation/Variant.h"
 #include "platform/geodatabase/Field.h"
 #include "platform/geometry/Geometry.h"
@@ -11,6 +12,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace brevant::platform::geodatabase::gdal {
 
@@ -28,26 +30,41 @@ using FeaturePtr = std::unique_ptr<OGRFeature, FeatureDeleter>;
 /// Registers the drivers once.
 void ensureRegistered();
 
-/// Captures GDAL's errors and warnings for the lifetime of the scope instead of printing them;
-/// the last error message is available to build a PlatformError.
-class ErrorScope {
-public:
-    ErrorScope();
-    ~ErrorScope();
-    ErrorScope(const ErrorScope&) = delete;
-    ErrorScope& operator=(const ErrorScope&) = delete;
+using cpl::ErrorScope;
 
-    /// The last error message captured, or "" when none.
-    const std::string& lastMessage() const { return m_message; }
-    int lastNumber() const { return m_number; }
-    /// Throws PlatformError(GdalBase + number, "GDAL", what + ": " + last message).
-    [[noreturn]] void fail(const std::string& what) const;
+/// A result set of ExecuteSQL, released to the dataset that made it when the holder goes.
+class ResultSet {
+public:
+    ResultSet() = default;
+    ResultSet(GDALDataset& dataset, OGRLayer* layer) : m_dataset(&dataset), m_layer(layer) {}
+    ~ResultSet() { reset(); }
+    ResultSet(ResultSet&& other) noexcept
+        : m_dataset(other.m_dataset), m_layer(std::exchange(other.m_layer, nullptr))
+    {
+    }
+    ResultSet& operator=(ResultSet&& other) noexcept
+    {
+        if (this != &other) {
+            reset();
+            m_dataset = other.m_dataset;
+            m_layer = std::exchange(other.m_layer, nullptr);
+        }
+        return *this;
+    }
+
+    void reset()
+    {
+        if (m_layer) {
+            m_dataset->ReleaseResultSet(std::exchange(m_layer, nullptr));
+        }
+    }
+    OGRLayer* get() const { return m_layer; }
+    OGRLayer* operator->() const { return m_layer; }
+    explicit operator bool() const { return m_layer != nullptr; }
 
 private:
-    static void CPL_STDCALL handler(CPLErr level, CPLErrorNum number, const char* message);
-
-    std::string m_message;
-    int m_number = 0;
+    GDALDataset* m_dataset = nullptr;
+    OGRLayer* m_layer = nullptr;
 };
 
 /// Field type of an OGR field definition.

@@ -7,6 +7,7 @@
 #include "platform/geodatabase/Workspace.h"
 #include "platform/geometry/ShapeType.h"
 #include "platform/geometry/SpatialReference.h"
+#include "platform/tabular/SqliteDatabase.h"
 
 #include <filesystem>
 
@@ -34,6 +35,9 @@ struct WorkspaceData {
     /// GDAL's own SQLite connection of a GeoPackage or SQLite workspace (null for other
     /// formats), for attribute updates that need not rewrite the whole feature.
     sqlite3* sqliteHandle() const;
+    /// That connection for statements on `table`: its errors are GDAL errors naming the table
+    /// and its transactions are the dataset's. Null for other formats.
+    std::unique_ptr<tabular::SqliteDatabase> sqlite(const std::string& table);
 
     /// Call before each stored row: opens a transaction where the format has them, and commits
     /// a batch when it has grown large.
