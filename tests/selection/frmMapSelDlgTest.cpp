@@ -428,6 +428,14 @@ TEST_F(MapSelectionWindow, ToolsZoomPanAndShowWhereThePointerIs)
     EXPECT_NEAR(after.center().x, 2.0, view.unitsPerPixel());
     EXPECT_NEAR(after.center().y, 3.0, view.unitsPerPixel());
 
+    // A pan drag moves the extent with the pointer.
+    auto panned = form(0);
+    run(*panned, json::array({{{"tool", "Pan"}},
+                              {{"drag", json::array({2.0, 3.0, 4.0, 3.0})}},
+                              {{"close", true}}}));
+    EXPECT_NEAR(panned->m_pMap->extent().xmin(), before.xmin() - 2.0, 2 * view.unitsPerPixel());
+    EXPECT_NEAR(panned->m_pMap->extent().ymin(), before.ymin(), 2 * view.unitsPerPixel());
+
     auto pointer = form(0);
     const auto moved = view.toMapPoint(100, 100);
     const auto report = run(*pointer, json::array({{{"move", at(moved)}},
