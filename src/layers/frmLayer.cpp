@@ -1,8 +1,7 @@
 #include "layers/frmLayer.h"
 
-#include "layers/AddData.h"
-
 #include "context/ErrorTrap.h"
+#include "layers/AddData.h"
 #include "platform/automation/CaseInsensitive.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/carto/ClassBreaksRenderer.h"

@@ -84,36 +84,32 @@ frmMapSelDlg& EQMapSelDlg::PrepareForm()
     return *m_frmMapSel;
 }
 
+void EQMapSelDlg::ShowUnitDialog(const char* tag, int16_t level)
+{
+    context::runLogged(tag, platform::automation::LibraryCode::Procedure, [&] {
+        PrepareForm().m_iDlgType = 0;
+        ShowDlgWithSelection(level);
+    });
+}
+
 void EQMapSelDlg::SelStateDlg()
 {
-    context::runLogged(" SelStateDlg", platform::automation::LibraryCode::Procedure, [&] {
-        PrepareForm().m_iDlgType = 0;
-        ShowDlgWithSelection(0);
-    });
+    ShowUnitDialog(" SelStateDlg", 0);
 }
 
 void EQMapSelDlg::SelCountyDlg()
 {
-    context::runLogged(" SelCountyDlg", platform::automation::LibraryCode::Procedure, [&] {
-        PrepareForm().m_iDlgType = 0;
-        ShowDlgWithSelection(1);
-    });
+    ShowUnitDialog(" SelCountyDlg", 1);
 }
 
 void EQMapSelDlg::SelTractDlg()
 {
-    context::runLogged(" SelTractDlg", platform::automation::LibraryCode::Procedure, [&] {
-        PrepareForm().m_iDlgType = 0;
-        ShowDlgWithSelection(2);
-    });
+    ShowUnitDialog(" SelTractDlg", 2);
 }
 
 void EQMapSelDlg::SelBlockDlg()
 {
-    context::runLogged(" SelBlockDlg", platform::automation::LibraryCode::Procedure, [&] {
-        PrepareForm().m_iDlgType = 0;
-        ShowDlgWithSelection(3);
-    });
+    ShowUnitDialog(" SelBlockDlg", 3);
 }
 
 void EQMapSelDlg::ShowDlgWithSelection(int16_t level)

@@ -105,6 +105,8 @@ public:
 
 private:
     frmMapSelDlg& PrepareForm();
+    /// A region dialog of one level, its failures recorded under `tag`.
+    void ShowUnitDialog(const char* tag, int16_t level);
     void ShowDlgWithSelection(int16_t level);
     /// Shows a prepared hazard dialog and lets go of the form and its layers afterwards.
     void ShowHazardDialog(HazardDialog& dialog);

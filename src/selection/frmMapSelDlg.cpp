@@ -1,7 +1,6 @@
 #include "selection/frmMapSelDlg.h"
 
 #include "context/EqSimpleRenderer.h"
-#include "context/ErrorTrap.h"
 #include "layers/AddData.h"
 #include "layers/frmLayer.h"
 #include "platform/automation/CaseInsensitive.h"
@@ -13,6 +12,7 @@
 #include "platform/geodatabase/QueryFilter.h"
 #include "platform/ui/UserPrompts.h"
 #include "platform/ui/qt/ModalWindow.h"
+#include "selection/FormEvents.h"
 #include "selection/IdentifyWindow.h"
 #include "selection/MapSelectionArt.h"
 #include "selection/MapSelectionView.h"
@@ -28,15 +28,8 @@ namespace brevant::selection {
 
 namespace carto = platform::carto;
 namespace geometry = platform::geometry;
-using platform::automation::LibraryCode::Procedure;
 
 namespace {
-
-/// Runs an event or procedure under its phrase: a failure is recorded and the window stays.
-template <class Body> void handler(const char* phrase, Body&& body)
-{
-    context::runLogged(phrase, Procedure, std::forward<Body>(body));
-}
 
 struct ToolButton {
     const char* key;
@@ -67,18 +60,12 @@ struct ToolCursors {
 };
 
 constexpr ToolCursors kToolCursors[] = {
-    {"0", "DEFAULT", "DEFAULT"},
-    {"1", "ZOOMIN", "ZOOMINMOVE"},
-    {"2", "ZOOMOUT", "ZOOMOUTMOVE"},
-    {"3", "PAN", "PANMOVE"},
-    {"4", "DEFAULT", "DEFAULT"},
-    {"5", "IDENTIFY", "IDENTIFY"},
-    {"6", "DEFAULT", "DEFAULT"},
-    {"7", "SELECTFEATURES", "SELECTFEATURESMOVE"},
-    {"8", "DEFAULT", "DEFAULT"},
-    {"9", "DEFAULT", "DEFAULT"},
-    {"10", "DEFAULT", "DEFAULT"},
-    {"11", "DEFAULT", "DEFAULT"},
+    {"0", "DEFAULT", "DEFAULT"},     {"1", "ZOOMIN", "ZOOMINMOVE"},
+    {"2", "ZOOMOUT", "ZOOMOUTMOVE"}, {"3", "PAN", "PANMOVE"},
+    {"4", "DEFAULT", "DEFAULT"},     {"5", "IDENTIFY", "IDENTIFY"},
+    {"6", "DEFAULT", "DEFAULT"},     {"7", "SELECTFEATURES", "SELECTFEATURESMOVE"},
+    {"8", "DEFAULT", "DEFAULT"},     {"9", "DEFAULT", "DEFAULT"},
+    {"10", "DEFAULT", "DEFAULT"},    {"11", "DEFAULT", "DEFAULT"},
     {"12", "DEFAULT", "DEFAULT"},
 };
 
@@ -420,7 +407,7 @@ void frmMapSelDlg::cmdMapSelToolBar_ButtonClick(const std::string& key)
             action->setChecked(false);
         }
         static const std::map<std::string, int16_t> pressedTools = {
-            {"ZoomIn", 1}, {"ZoomOut", 2},       {"Pan", 3},
+            {"ZoomIn", 1},   {"ZoomOut", 2},       {"Pan", 3},
             {"Identify", 5}, {"SelectElement", 6}, {"SelectFeatures", 7}};
         if (const auto found = pressedTools.find(key); found != pressedTools.end()) {
             m_iCurTool = found->second;
@@ -502,7 +489,8 @@ void frmMapSelDlg::picMapControl_MouseUp(const platform::display::MapMouseEvent&
         std::optional<geometry::Envelope> extent;
         switch (m_iCurTool) {
         case 1:
-            extent = band ? zoomInByBand(*band) : zoomInByClick(m_pActiveView->extent(), m_pDownPoint);
+            extent =
+                band ? zoomInByBand(*band) : zoomInByClick(m_pActiveView->extent(), m_pDownPoint);
             break;
         case 2:
             extent = band ? zoomOutByBand(m_pActiveView->extent(), *band)
@@ -574,8 +562,7 @@ void frmMapSelDlg::Form_Resize()
         Text1->move(Text1->x(), top);
         cmdMapSelToolBar->setGeometry(0, 0, w, cmdMapSelToolBar->height());
         const int bottomMargin = h - (cmdBack->y() + cmdBack->height());
-        const int mapHeight =
-            h - cmdMapSelToolBar->height() - cmdBack->height() - 3 * bottomMargin;
+        const int mapHeight = h - cmdMapSelToolBar->height() - cmdBack->height() - 3 * bottomMargin;
         picMapControl->setGeometry(0, cmdMapSelToolBar->height(), w, std::max(1, mapHeight));
         if (m_pActiveView != nullptr) {
             m_pActiveView->refresh();

@@ -89,10 +89,7 @@ public:
     /// The name of the cursor the map shows.
     const std::string& mapCursor() const { return m_cursorShown; }
     const IdentifyWindow* identifyWindow() const { return m_pIdentifyDlg; }
-    const std::optional<platform::geometry::Geometry>& faultCurve() const
-    {
-        return m_pFaultCurve;
-    }
+    const std::optional<platform::geometry::Geometry>& faultCurve() const { return m_pFaultCurve; }
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

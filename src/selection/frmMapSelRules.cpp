@@ -1,9 +1,6 @@
 // What the map selection window selects, how an epicentre is placed, and what Selection Done
 // and Back hand back.
 
-#include "selection/frmMapSelDlg.h"
-
-#include "context/ErrorTrap.h"
 #include "context/StudyRegionContext.h"
 #include "host/RegionContextService.h"
 #include "host/RegionSelectionStore.h"
@@ -16,6 +13,8 @@
 #include "platform/geodatabase/QueryFilter.h"
 #include "platform/tabular/Recordset.h"
 #include "platform/ui/UserPrompts.h"
+#include "selection/FormEvents.h"
+#include "selection/frmMapSelDlg.h"
 
 #include <QPushButton>
 #include <cmath>
@@ -28,14 +27,8 @@ namespace brevant::selection {
 namespace carto = platform::carto;
 namespace geometry = platform::geometry;
 namespace gdb = platform::geodatabase;
-using platform::automation::LibraryCode::Procedure;
 
 namespace {
-
-template <class Body> void handler(const char* phrase, Body&& body)
-{
-    context::runLogged(phrase, Procedure, std::forward<Body>(body));
-}
 
 /// How far a click may lie from an epicentre or fault and still pick it, in degrees.
 constexpr double kPickReach = 0.03;
@@ -193,9 +186,8 @@ void frmMapSelDlg::MakeEpicenterSelection()
 
 void frmMapSelDlg::UpdateSelectionButtons()
 {
-    handler(" updating selection buttons", [&] {
-        cmdSelectionDone->setEnabled(!m_pFeatureLayer->selectionSet().isEmpty());
-    });
+    handler(" updating selection buttons",
+            [&] { cmdSelectionDone->setEnabled(!m_pFeatureLayer->selectionSet().isEmpty()); });
 }
 
 void frmMapSelDlg::SelectAll()

@@ -100,9 +100,10 @@ test::TempDir* MapSelectionScript::s_dir = nullptr;
 TEST_F(MapSelectionScript, ARegionIsDefinedLevelByLevelByClicking)
 {
     const fs::path png = s_dir->path() / "states.png";
-    const auto results = test::runScript(root(), R"({"new": "Brevant.EQMapSelDlg", "as": "sel"}
+    const auto results =
+        test::runScript(root(), R"({"new": "Brevant.EQMapSelDlg", "as": "sel"}
 {"dialog": [{"click": [-120, 37]}, {"click": [-116.5, 39], "shift": true}, {"screenshot": ")" +
-                                                     png.string() + R"("}, {"press": "cmdSelectionDone"}]}
+                                    png.string() + R"("}, {"press": "cmdSelectionDone"}]}
 {"call": "sel.SelStateDlg"}
 {"dialog": [{"read": "cmdSelectionDone"}, {"press": "cmdBack"}]}
 {"call": "sel.SelCountyDlg"}

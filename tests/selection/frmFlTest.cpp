@@ -131,7 +131,8 @@ TEST_F(FloodStudyCase, ListsOnlyCasesWithAnnualResultsOfOptionZeroAndOkTakesTheF
     EXPECT_EQ(id, 3);
     EXPECT_EQ(listed(), (std::vector<std::string>{"Levee breach", "Coastal surge"}));
     EXPECT_EQ(frmFl::instance().studyCaseIds(),
-              (std::vector<platform::automation::Variant>{platform::automation::Variant(3), platform::automation::Variant(5)}));
+              (std::vector<platform::automation::Variant>{platform::automation::Variant(3),
+                                                          platform::automation::Variant(5)}));
     EXPECT_EQ(errorLog(), "");
 }
 

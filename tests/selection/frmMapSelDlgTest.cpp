@@ -65,20 +65,21 @@ protected:
 
         auto data = gdb::Workspace::createGeoPackage(root() / "selection.gpkg");
         using gdb::FieldType;
-        m_boundary = data.createFeatureClass("boundary", gdb::Fields(), geometry::ShapeType::Polygon);
+        m_boundary =
+            data.createFeatureClass("boundary", gdb::Fields(), geometry::ShapeType::Polygon);
         add(*m_boundary, {}, "POLYGON ((0 0, 10 0, 10 10, 0 10, 0 0))");
         m_epicentres = data.createFeatureClass(
             "eqEpicenter", gdb::Fields({{"eqEpicenterId", FieldType::String, 10, {}}}),
             geometry::ShapeType::Point);
         add(*m_epicentres, "E3", "POINT (3.005 3)");
         add(*m_epicentres, "E4", "POINT (3.005 3)");
-        m_faults = data.createFeatureClass(
-            "eqFault", gdb::Fields({{"eqFaultId", FieldType::String, 10, {}}}),
-            geometry::ShapeType::Polyline);
+        m_faults = data.createFeatureClass("eqFault",
+                                           gdb::Fields({{"eqFaultId", FieldType::String, 10, {}}}),
+                                           geometry::ShapeType::Polyline);
         add(*m_faults, "F1", "LINESTRING (5 1, 5 9)");
         add(*m_faults, "F2", "LINESTRING (6 2, 9 2)");
-        m_epicentre = data.createFeatureClass("HazardSelection", gdb::Fields(),
-                                              geometry::ShapeType::Point);
+        m_epicentre =
+            data.createFeatureClass("HazardSelection", gdb::Fields(), geometry::ShapeType::Point);
         m_tracts = data.createFeatureClass("tracts",
                                            gdb::Fields({{"StateFips", FieldType::String, 2, {}},
                                                         {"CountyFips", FieldType::String, 5, {}},
@@ -145,7 +146,8 @@ protected:
         }
         window->m_pSrFeatureLayer = layerOf(m_boundary, "Region Boundary");
         window->m_pFeatureClass = kind == 1 ? m_epicentres : m_faults;
-        window->m_pFeatureLayer = layerOf(window->m_pFeatureClass, kind == 1 ? "Epicenters" : "Faults");
+        window->m_pFeatureLayer =
+            layerOf(window->m_pFeatureClass, kind == 1 ? "Epicenters" : "Faults");
         if (!preselected.empty()) {
             window->m_pFeatureLayer->selectFeatures(
                 gdb::QueryFilter::where(std::string(kind == 1 ? "eqEpicenterId" : "eqFaultId") +
@@ -241,13 +243,12 @@ protected:
 TEST_F(MapSelectionWindow, UnitClicksToggleWithShiftWhileBoxesAndSelectAllIgnoreIt)
 {
     auto window = form(0);
-    const auto report = run(
-        *window, json::array({{{"read", "cmdSelectionDone"}},
-                              {{"click", at(unitCentre(0))}},
-                              {{"click", at(unitCentre(1))}, {"shift", true}},
-                              {{"click", at(unitCentre(0))}, {"shift", true}},
-                              {{"read", "cmdSelectionDone"}},
-                              {{"close", true}}}));
+    const auto report = run(*window, json::array({{{"read", "cmdSelectionDone"}},
+                                                  {{"click", at(unitCentre(0))}},
+                                                  {{"click", at(unitCentre(1))}, {"shift", true}},
+                                                  {{"click", at(unitCentre(0))}, {"shift", true}},
+                                                  {{"read", "cmdSelectionDone"}},
+                                                  {{"close", true}}}));
     EXPECT_EQ(report.caption, "Caption of kind 0");
     EXPECT_FALSE(report.values[0].enabled) << "no current selection shown: nothing to finish";
     EXPECT_TRUE(report.values[1].enabled);
@@ -262,8 +263,8 @@ TEST_F(MapSelectionWindow, UnitClicksToggleWithShiftWhileBoxesAndSelectAllIgnore
     run(*boxed, json::array({{{"click", at(unitCentre(0))}},
                              {{"drag", json::array({a.x, a.y, b.x, b.y})}, {"shift", true}},
                              {{"close", true}}}));
-    EXPECT_EQ(selectedTracts(*boxed),
-              (std::vector<std::string>{tractCode(40), tractCode(41), tractCode(80), tractCode(81)}));
+    EXPECT_EQ(selectedTracts(*boxed), (std::vector<std::string>{tractCode(40), tractCode(41),
+                                                                tractCode(80), tractCode(81)}));
 
     // After Select All a click on the map selects nothing until another tool is chosen.
     auto all = form(0);
@@ -330,16 +331,15 @@ TEST_F(MapSelectionWindow, ANearbyEpicentreIsPickedNearestFirstAndTheFirstOnATie
     const auto pixel = view.fromMapPoint({5.0, 5.0});
     const auto click = view.toMapPoint(static_cast<double>(std::lround(pixel.x)),
                                        static_cast<double>(std::lround(pixel.y)));
-    add(*m_epicentres, "E1", "POINT (" + std::to_string(click.x + 0.02) + " " +
-                                 std::to_string(click.y) + ")");
-    add(*m_epicentres, "E2", "POINT (" + std::to_string(click.x) + " " +
-                                 std::to_string(click.y + 0.01) + ")");
+    add(*m_epicentres, "E1",
+        "POINT (" + std::to_string(click.x + 0.02) + " " + std::to_string(click.y) + ")");
+    add(*m_epicentres, "E2",
+        "POINT (" + std::to_string(click.x) + " " + std::to_string(click.y + 0.01) + ")");
     auto window = form(1);
-    const auto report =
-        run(*window, json::array({{{"read", "cmdSelectionDone"}},
-                                  {{"click", at(click)}},
-                                  {{"read", "cmdSelectionDone"}},
-                                  {{"press", "cmdSelectionDone"}}}));
+    const auto report = run(*window, json::array({{{"read", "cmdSelectionDone"}},
+                                                  {{"click", at(click)}},
+                                                  {{"read", "cmdSelectionDone"}},
+                                                  {{"press", "cmdSelectionDone"}}}));
     EXPECT_FALSE(report.values[0].enabled) << "nothing preselected";
     EXPECT_TRUE(report.values[1].enabled);
     EXPECT_TRUE(window->m_bSelection);
@@ -371,9 +371,9 @@ TEST_F(MapSelectionWindow, AnEpicentreOnTheFaultIsSnappedWithinNinePixelsAndReje
     };
 
     auto far = form(3, "F1");
-    const auto rejected =
-        run(*far, json::array({{{"click", at(pixel(10))}}, {{"read", "cmdSelectionDone"}},
-                               {{"press", "cmdBack"}}}));
+    const auto rejected = run(*far, json::array({{{"click", at(pixel(10))}},
+                                                 {{"read", "cmdSelectionDone"}},
+                                                 {{"press", "cmdBack"}}}));
     EXPECT_FALSE(rejected.values[0].enabled);
     EXPECT_EQ(m_epicentre->rowCount(), 0);
     const auto messages = m_prompts->takeMessages();
@@ -421,7 +421,8 @@ TEST_F(MapSelectionWindow, ToolsZoomPanAndShowWhereThePointerIs)
 
     auto zoomed = form(0);
     run(*zoomed,
-        json::array({{{"tool", "ZoomIn"}}, {{"click", json::array({2.0, 3.0})}}, {{"close", true}}}));
+        json::array(
+            {{{"tool", "ZoomIn"}}, {{"click", json::array({2.0, 3.0})}}, {{"close", true}}}));
     const auto after = zoomed->m_pMap->extent();
     EXPECT_NEAR(after.width(), before.width() / 2, 1e-9);
     EXPECT_NEAR(after.height(), before.height() / 2, 1e-9);
@@ -430,9 +431,9 @@ TEST_F(MapSelectionWindow, ToolsZoomPanAndShowWhereThePointerIs)
 
     // A pan drag moves the extent with the pointer.
     auto panned = form(0);
-    run(*panned, json::array({{{"tool", "Pan"}},
-                              {{"drag", json::array({2.0, 3.0, 4.0, 3.0})}},
-                              {{"close", true}}}));
+    run(*panned,
+        json::array(
+            {{{"tool", "Pan"}}, {{"drag", json::array({2.0, 3.0, 4.0, 3.0})}}, {{"close", true}}}));
     EXPECT_NEAR(panned->m_pMap->extent().xmin(), before.xmin() - 2.0, 2 * view.unitsPerPixel());
     EXPECT_NEAR(panned->m_pMap->extent().ymin(), before.ymin(), 2 * view.unitsPerPixel());
 
@@ -450,17 +451,18 @@ TEST_F(MapSelectionWindow, ToolsZoomPanAndShowWhereThePointerIs)
 TEST_F(MapSelectionWindow, HazardDialogsHideTheUnitToolsAndIdentifyGathersWithShift)
 {
     auto window = form(2, "F1");
-    const auto report = run(*window, json::array({{{"read", "SelectAll"}},
-                                                  {{"read", "FullExtent"}},
-                                                  {{"tool", "Identify"}},
-                                                  {{"click", json::array({5.0, 5.0})}},
-                                                  {{"click", json::array({7.0, 2.0})}, {"shift", true}},
-                                                  {{"read", "lstResults"}},
-                                                  {{"click", json::array({7.0, 2.0})}},
-                                                  {{"read", "lstResults"}},
-                                                  {{"tool", "SelectAll"}},
-                                                  {{"press", "cmdSelectionDone"}}}),
-                                     false);
+    const auto report = run(*window,
+                            json::array({{{"read", "SelectAll"}},
+                                         {{"read", "FullExtent"}},
+                                         {{"tool", "Identify"}},
+                                         {{"click", json::array({5.0, 5.0})}},
+                                         {{"click", json::array({7.0, 2.0})}, {"shift", true}},
+                                         {{"read", "lstResults"}},
+                                         {{"click", json::array({7.0, 2.0})}},
+                                         {{"read", "lstResults"}},
+                                         {{"tool", "SelectAll"}},
+                                         {{"press", "cmdSelectionDone"}}}),
+                            false);
     EXPECT_FALSE(report.values[0].visible);
     EXPECT_EQ(report.values[1].text, "Zoom To Study Region");
     EXPECT_EQ(window->identifyWindow(), nullptr) << "unloaded with the window";

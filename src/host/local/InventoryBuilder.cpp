@@ -85,13 +85,13 @@ struct CodedAreas {
 void checkClassName(const std::string& name)
 {
     const bool allowed = name.size() > 2 && std::isalpha(static_cast<unsigned char>(name[0])) &&
-                         std::all_of(name.begin(), name.end(), [](unsigned char c) {
-                             return std::isalnum(c) || c == '_';
-                         });
+                         std::all_of(name.begin(), name.end(),
+                                     [](unsigned char c) { return std::isalnum(c) || c == '_'; });
     if (!allowed) {
         hostError(HostError::InvalidInput,
-                  "\"" + name + "\" cannot name an inventory class: use a letter, then letters, "
-                                "digits or '_', three characters at least");
+                  "\"" + name +
+                      "\" cannot name an inventory class: use a letter, then letters, "
+                      "digits or '_', three characters at least");
     }
 }
 
@@ -115,13 +115,12 @@ std::vector<Feature> readFeatures(const InventoryRequest& request, char kind, in
         hostError(HostError::InvalidInput,
                   "the line inventory " + request.from->describe() + " must hold polylines");
     }
-    const int idIndex = request.idField.empty()
-                            ? -1
-                            : requireField(*source, *request.from, request.idField, {}, "identifier");
-    const int nameIndex =
-        request.nameField.empty()
-            ? source->findField("Name")
-            : requireField(*source, *request.from, request.nameField, {}, "name");
+    const int idIndex = request.idField.empty() ? -1
+                                                : requireField(*source, *request.from,
+                                                               request.idField, {}, "identifier");
+    const int nameIndex = request.nameField.empty()
+                              ? source->findField("Name")
+                              : requireField(*source, *request.from, request.nameField, {}, "name");
     ShapeImporter import(source->spatialReference(),
                          kind == 'P' ? ShapeType::Point : ShapeType::Polyline);
     std::vector<Feature> features;
@@ -134,10 +133,9 @@ std::vector<Feature> readFeatures(const InventoryRequest& request, char kind, in
             const Variant& id = row.value(idIndex);
             feature.id = id.isNull() || id.isEmpty() ? "" : id.toString();
             if (feature.id.empty()) {
-                hostError(HostError::InvalidInput,
-                          "feature " + std::to_string(row.oid()) + " of " +
-                              request.from->describe() + " has no identifier in " +
-                              request.idField);
+                hostError(HostError::InvalidInput, "feature " + std::to_string(row.oid()) + " of " +
+                                                       request.from->describe() +
+                                                       " has no identifier in " + request.idField);
             }
             if (!seen.insert(platform::automation::toLower(feature.id)).second) {
                 hostError(HostError::InvalidInput, "identifier " + feature.id + " of " +
@@ -202,7 +200,8 @@ void insertServerRows(SqliteDatabase& db, const ServerTableSchema& table,
             const int index = static_cast<int>(i + 1);
             if (value.isNull() || value.isEmpty()) {
                 insert.bindNull(index);
-            } else if (value.isNumeric() && value.type() != platform::automation::VariantType::String) {
+            } else if (value.isNumeric() &&
+                       value.type() != platform::automation::VariantType::String) {
                 insert.bind(index, value.toDouble());
             } else {
                 insert.bind(index, value.toString());
@@ -239,11 +238,12 @@ Plan validate(const HostRoot& host, const InventoryRequest& request, InventoryRe
         hostError(HostError::InvalidInput,
                   std::string("the kind of an inventory class is P or L, not ") + request.kind);
     }
-    result.database = request.database.empty() ? defaultDatabase(request.className)
-                                               : request.database;
+    result.database =
+        request.database.empty() ? defaultDatabase(request.className) : request.database;
     const bool knownDatabase = std::any_of(
-        kInventoryDatabases.begin(), kInventoryDatabases.end(),
-        [&](std::string_view db) { return platform::automation::equalsIgnoreCase(db, result.database); });
+        kInventoryDatabases.begin(), kInventoryDatabases.end(), [&](std::string_view db) {
+            return platform::automation::equalsIgnoreCase(db, result.database);
+        });
     if (!knownDatabase) {
         hostError(HostError::InvalidInput, result.database +
                                                " is not an inventory database (trn.mdb, util.mdb, "
@@ -425,8 +425,8 @@ void commitToRegion(const InventoryRequest& request, const Plan& plan, const Sto
             platform::automation::equalsIgnoreCase(table.name, result.hazardTable);
         insertServerRows(tabular, table, hazardTable ? stored.hazardRows : stored.rows);
     }
-    RegionDatabase::putInventoryClass(
-        tabular, {request.className, result.database, std::string(1, plan.kind), result.hazardTable});
+    RegionDatabase::putInventoryClass(tabular, {request.className, result.database,
+                                                std::string(1, plan.kind), result.hazardTable});
     // A new class draws with a symbol of its own name; known ones keep theirs.
     addSymbol(plan.systemDataFolder, request.className, plan.kind);
     transaction.commit();

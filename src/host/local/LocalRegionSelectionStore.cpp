@@ -97,8 +97,8 @@ int16_t LocalRegionSelectionStore::levelOf(const std::string& table)
             return static_cast<int16_t>(i);
         }
     }
-    hostError(HostError::InvalidInput, "SaveRegionUnits stores units of the Region* tables, not " +
-                                           table);
+    hostError(HostError::InvalidInput,
+              "SaveRegionUnits stores units of the Region* tables, not " + table);
 }
 
 } // namespace brevant::host::local

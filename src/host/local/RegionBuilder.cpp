@@ -53,13 +53,13 @@ void checkName(const HostRoot& host, const std::string& name)
 {
     const bool allowed = !name.empty() && name.front() != '.' &&
                          std::all_of(name.begin(), name.end(), [](unsigned char c) {
-                             return std::isalnum(c) || c == ' ' || c == '_' || c == '-' ||
-                                    c == '.';
+                             return std::isalnum(c) || c == ' ' || c == '_' || c == '-' || c == '.';
                          });
     if (!allowed) {
         hostError(HostError::InvalidInput,
-                  "\"" + name + "\" cannot name a region: use letters, digits, spaces, '_', '-' "
-                                "and '.', not first");
+                  "\"" + name +
+                      "\" cannot name a region: use letters, digits, spaces, '_', '-' "
+                      "and '.', not first");
     }
     for (const auto& region : host.regions()) {
         if (platform::automation::equalsIgnoreCase(region.name, name)) {
@@ -68,9 +68,9 @@ void checkName(const HostRoot& host, const std::string& name)
     }
     std::error_code ec;
     if (fs::exists(fs::path(host.regionsFolder()) / name, ec)) {
-        hostError(HostError::InvalidInput,
-                  "the folder " + (fs::path(host.regionsFolder()) / name).string() +
-                      " already exists");
+        hostError(HostError::InvalidInput, "the folder " +
+                                               (fs::path(host.regionsFolder()) / name).string() +
+                                               " already exists");
     }
 }
 
@@ -78,8 +78,8 @@ std::shared_ptr<FeatureClass> openPolygons(const VectorSource& source, const std
 {
     auto table = openVectorSource(source);
     if (table->shapeType() != ShapeType::Polygon) {
-        hostError(HostError::InvalidInput, "the " + role + " " + source.describe() +
-                                               " must hold polygons");
+        hostError(HostError::InvalidInput,
+                  "the " + role + " " + source.describe() + " must hold polygons");
     }
     return table;
 }
@@ -188,8 +188,8 @@ const DatabaseSchema& regionDatabase(std::string_view fileName)
 {
     const DatabaseSchema* schema = findDatabase(HostFolder::Region, fileName);
     if (!schema) {
-        hostError(HostError::UnknownKey, std::string("the host has no schema of ") +
-                                             std::string(fileName));
+        hostError(HostError::UnknownKey,
+                  std::string("the host has no schema of ") + std::string(fileName));
     }
     return *schema;
 }
@@ -218,8 +218,7 @@ bool isInventoryData(std::string_view name)
 
 /// Writes the region into `folder`, which does not exist yet.
 void writeRegion(const fs::path& folder, const std::string& finalFolder, const std::string& name,
-                 int32_t number,
-                 const RegionRequest& request, const Geometry& boundary,
+                 int32_t number, const RegionRequest& request, const Geometry& boundary,
                  const std::vector<Unit>& tracts, const std::vector<Unit>& counties,
                  const std::function<void(const std::string&)>& progress)
 {
@@ -238,10 +237,14 @@ void writeRegion(const fs::path& folder, const std::string& finalFolder, const s
     {
         auto table = bounds.openFeatureClass("hzboundary");
         Unit region{name, name, boundary, boundary.interiorPoint()};
-        insertUnits(*table, {region}, [&](const Unit&) {
-            return NamedValues{{"RegionName", Variant(name)}, {"Name", Variant(name)},
-                               {"RegionID", Variant(number)}};
-        }, false);
+        insertUnits(
+            *table, {region},
+            [&](const Unit&) {
+                return NamedValues{{"RegionName", Variant(name)},
+                                   {"Name", Variant(name)},
+                                   {"RegionID", Variant(number)}};
+            },
+            false);
     }
     const auto tractValues = [](const Unit& tract) {
         return NamedValues{{"Tract", Variant(tract.code)},
@@ -253,12 +256,15 @@ void writeRegion(const fs::path& folder, const std::string& finalFolder, const s
     };
     insertUnits(*bounds.openFeatureClass("hztract"), tracts, tractValues, false);
     insertUnits(*bounds.openFeatureClass("eqTract"), tracts, tractValues, true);
-    insertUnits(*bounds.openFeatureClass("hzCounty"), counties, [](const Unit& county) {
-        return NamedValues{{"CountyFips", Variant(county.code)},
-                           {"CountyName", Variant(county.name)},
-                           {"Name", Variant(county.name)},
-                           {"StateFips", Variant(county.code.substr(0, 2))}};
-    }, false);
+    insertUnits(
+        *bounds.openFeatureClass("hzCounty"), counties,
+        [](const Unit& county) {
+            return NamedValues{{"CountyFips", Variant(county.code)},
+                               {"CountyName", Variant(county.name)},
+                               {"Name", Variant(county.name)},
+                               {"StateFips", Variant(county.code.substr(0, 2))}};
+        },
+        false);
 
     report(progress, "writing the tabular database");
     const fs::path tabular = folder / "region.sqlite";
@@ -291,8 +297,8 @@ void writeRegion(const fs::path& folder, const std::string& finalFolder, const s
         // The region's own tables are catalogued from the start; inventory arrives with
         // `inventory add`.
         if (findClass(regionDatabase("RegionBndry.mdb"), entry.name)) {
-            settings.putInventoryClass({entry.name, entry.database, std::string(1, entry.kind),
-                                        ""});
+            settings.putInventoryClass(
+                {entry.name, entry.database, std::string(1, entry.kind), ""});
         }
     }
 }
@@ -318,9 +324,8 @@ std::optional<std::string> normaliseCode(const Variant& value, std::size_t width
         const auto last = text.find_last_not_of(' ');
         text = first == std::string::npos ? "" : text.substr(first, last - first + 1);
     }
-    if (text.size() != width || !std::all_of(text.begin(), text.end(), [](unsigned char c) {
-            return std::isdigit(c);
-        })) {
+    if (text.size() != width ||
+        !std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c); })) {
         return std::nullopt;
     }
     return text;

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
-#include <vector>
 #include <string>
+#include <vector>
 
 namespace brevant::platform::tabular {
 class SqliteDatabase;

@@ -57,8 +57,8 @@ int64_t copyRows(const SourceLayer& from, Table& target,
                  const std::function<Geometry(const Geometry&)>& shapeOf = {})
 {
     auto source = Workspace::open(from.path, true).openTable(from.name);
-    const bool shapes = target.findField("Shape") >= 0 && target.fields().field(1).type ==
-                                                              platform::geodatabase::FieldType::Geometry;
+    const bool shapes = target.findField("Shape") >= 0 &&
+                        target.fields().field(1).type == platform::geodatabase::FieldType::Geometry;
     InsertCursor insert = target.insert();
     Cursor cursor = source->search();
     Row row;
@@ -161,8 +161,7 @@ void writeStateData(const HostRoot& host, const SampleSources& sources)
     }
 }
 
-void writeScenarioData(const HostRoot& host, const SampleSources& sources,
-                       const std::string& half)
+void writeScenarioData(const HostRoot& host, const SampleSources& sources, const std::string& half)
 {
     const fs::path folder(host.scenarioFolder());
     Workspace scenarios = Workspace::open(folder / "SCENARIO.mdb");
@@ -208,12 +207,13 @@ void writeRegionExtras(const HostRoot& host, const std::string& region,
     });
 
     Workspace outside = Workspace::open(folder / "3rdParty.mdb");
-    copyRows(sources.marPlot, *outside.openTable("MarPlot"),
-             [](const Row& row) {
-                 return NamedValues{{"Name", Variant(text(row, "OBJ_NAME") + " (" +
-                                                     text(row, "CHEMICAL") + ")")}};
-             },
-             [](const Geometry& point) { return point.buffer(kFootprintRadius); });
+    copyRows(
+        sources.marPlot, *outside.openTable("MarPlot"),
+        [](const Row& row) {
+            return NamedValues{
+                {"Name", Variant(text(row, "OBJ_NAME") + " (" + text(row, "CHEMICAL") + ")")}};
+        },
+        [](const Geometry& point) { return point.buffer(kFootprintRadius); });
 
     const ClassSchema& floodView = floodViewClass();
     const fs::path viewFolder = folder / "FloodView";
@@ -239,8 +239,8 @@ void writeRegionExtras(const HostRoot& host, const std::string& region,
             tracts.insert(text(row, "Tract"));
         }
         for (const auto& state : sources.blocks) {
-            auto table = Workspace::open(state.layer.source.path, true)
-                             .openTable(state.layer.source.name);
+            auto table =
+                Workspace::open(state.layer.source.path, true).openTable(state.layer.source.name);
             Cursor blockCursor = table->search();
             while (blockCursor.next(row)) {
                 const std::string code = text(row, state.layer.codeField);
@@ -379,9 +379,9 @@ SampleHostReport writeSampleHost(const fs::path& root, SampleSize size, std::uin
         const HostRoot host = HostRoot::load(root);
         writeAnalysisRecordSets(host, report.region);
         writeStateData(host, sources);
-        writeScenarioData(host, sources,
-                          RegionDatabase(host.regionDatabasePath(report.region))
-                              .readString("GENERAL", "EorW"));
+        writeScenarioData(
+            host, sources,
+            RegionDatabase(host.regionDatabasePath(report.region)).readString("GENERAL", "EorW"));
         writeRegionExtras(host, report.region, sources);
     } catch (...) {
         std::error_code ec;

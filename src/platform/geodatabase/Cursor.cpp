@@ -5,7 +5,6 @@
 #include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/Table.h"
 
-
 namespace brevant::platform::geodatabase {
 
 using automation::PlatformError;
@@ -26,9 +25,8 @@ WhereClause checkedClause(const WorkspaceData& workspace, const TableData& table
     WhereClause clause = WhereClause::parse(text);
     for (const auto& name : clause.fieldNames()) {
         if (table.fields->findField(name) < 0) {
-            fail(CPLE_IllegalArg, "where clause \"" + text + "\" names field " + name +
-                                      ", which " + workspace.describe(table.name) +
-                                      " does not have");
+            fail(CPLE_IllegalArg, "where clause \"" + text + "\" names field " + name + ", which " +
+                                      workspace.describe(table.name) + " does not have");
         }
     }
     return clause;
@@ -118,8 +116,7 @@ void requireShapeType(const WorkspaceData& workspace, const TableData& table,
 }
 } // namespace
 
-Row readRow(const TableData& table, const OGRFeature& feature,
-            const std::vector<int>* resultIndex)
+Row readRow(const TableData& table, const OGRFeature& feature, const std::vector<int>* resultIndex)
 {
     Row row(table.fields, feature.GetFID());
     const Fields& fields = *table.fields;
@@ -158,8 +155,8 @@ std::string selectList(const WorkspaceData& workspace, const TableData& table,
     for (const auto& name : filter.subFields) {
         const int index = fields.findField(name);
         if (index < 0) {
-            fail(CPLE_IllegalArg, "field " + name + " to read is not in " +
-                                      workspace.describe(table.name));
+            fail(CPLE_IllegalArg,
+                 "field " + name + " to read is not in " + workspace.describe(table.name));
         }
         if (table.ogrIndex[static_cast<std::size_t>(index)] >= 0) {
             list += ", " + gdal::sqlName(fields.field(index).name);
@@ -175,8 +172,8 @@ std::unique_ptr<CursorState> openCursor(const std::shared_ptr<WorkspaceData>& wo
 {
     table->requireLayer(*workspace);
     if (updatable && workspace->readOnly) {
-        fail(CPLE_NotSupported, "cannot update " + workspace->describe(table->name) +
-                                    ": the workspace is read-only");
+        fail(CPLE_NotSupported,
+             "cannot update " + workspace->describe(table->name) + ": the workspace is read-only");
     }
     auto state = std::make_unique<CursorState>();
     state->workspace = workspace;
@@ -187,8 +184,8 @@ std::unique_ptr<CursorState> openCursor(const std::shared_ptr<WorkspaceData>& wo
     const WhereClause clause = checkedClause(*workspace, *table, filter.whereClause);
     const bool native = workspace->kind == Workspace::Kind::GeoPackage ||
                         workspace->kind == Workspace::Kind::SQLite;
-    std::string sql = "SELECT " + selectList(*workspace, *table, filter) + " FROM " +
-                      gdal::sqlName(table->name);
+    std::string sql =
+        "SELECT " + selectList(*workspace, *table, filter) + " FROM " + gdal::sqlName(table->name);
     state->partial = sql.compare(0, 9, "SELECT * ") != 0;
     if (!clause.isEmpty()) {
         if (native) {
@@ -220,8 +217,8 @@ std::unique_ptr<CursorState> openCursor(const std::shared_ptr<WorkspaceData>& wo
 std::optional<int64_t> countBySql(WorkspaceData& workspace, const TableData& table,
                                   const QueryFilter& filter)
 {
-    const bool native = workspace.kind == Workspace::Kind::GeoPackage ||
-                        workspace.kind == Workspace::Kind::SQLite;
+    const bool native =
+        workspace.kind == Workspace::Kind::GeoPackage || workspace.kind == Workspace::Kind::SQLite;
     if (!native || !filter.intersects.isNull()) {
         return std::nullopt;
     }
@@ -285,8 +282,7 @@ std::optional<int64_t> calculateBySql(WorkspaceData& workspace, const TableData&
     table.requireLayer(workspace);
     const Field& field = table.fields->field(index);
     const std::string sql = "UPDATE " + gdal::sqlName(table.name) + " SET " +
-                            gdal::sqlName(field.name) + " = ?" +
-                            sqlWhere(workspace, table, filter);
+                            gdal::sqlName(field.name) + " = ?" + sqlWhere(workspace, table, filter);
     return runStatement(workspace, table, sql, "set " + field.name + " of",
                         [&](tabular::SqliteDatabase::Statement& statement) {
                             bindValue(statement, 1, field.type, value);
@@ -420,7 +416,9 @@ void CursorState::remove(int64_t oid)
     }
 }
 
-Cursor::Cursor(const Table&, std::unique_ptr<CursorState> state) : m_state(std::move(state)) {}
+Cursor::Cursor(const Table&, std::unique_ptr<CursorState> state) : m_state(std::move(state))
+{
+}
 Cursor::~Cursor() = default;
 Cursor::Cursor(Cursor&&) noexcept = default;
 Cursor& Cursor::operator=(Cursor&&) noexcept = default;
@@ -438,8 +436,7 @@ bool Cursor::next(Row& row)
         if (!state.spatial.isNull() && !state.spatial.intersects(row.shape())) {
             continue;
         }
-        if (state.evaluate &&
-            !state.evaluate->matches([&row](std::string_view name) {
+        if (state.evaluate && !state.evaluate->matches([&row](std::string_view name) {
                 return row.value(row.fields().findField(name));
             })) {
             continue;
@@ -486,8 +483,8 @@ void Cursor::flush()
         return;
     }
     if (!m_state->workspace->commit()) {
-        fail(CPLE_FileIO, "cannot commit changes to " +
-                              m_state->workspace->describe(m_state->table->name));
+        fail(CPLE_FileIO,
+             "cannot commit changes to " + m_state->workspace->describe(m_state->table->name));
     }
 }
 
@@ -509,8 +506,8 @@ int64_t InsertCursor::insertRow(const Row& row)
 void InsertCursor::flush()
 {
     if (m_state->wrote && !m_state->workspace->commit()) {
-        fail(CPLE_FileIO, "cannot commit changes to " +
-                              m_state->workspace->describe(m_state->table->name));
+        fail(CPLE_FileIO,
+             "cannot commit changes to " + m_state->workspace->describe(m_state->table->name));
     }
 }
 

@@ -31,7 +31,8 @@ geometry::Envelope FeatureClass::extent() const
         const std::string table = layer.GetName();
         const std::string sql = "SELECT MIN(ST_MinX(" + gdal::sqlName(column) + ")), MIN(ST_MinY(" +
                                 gdal::sqlName(column) + ")), MAX(ST_MaxX(" + gdal::sqlName(column) +
-                                ")), MAX(ST_MaxY(" + gdal::sqlName(column) + ")) FROM " + gdal::sqlName(table);
+                                ")), MAX(ST_MaxY(" + gdal::sqlName(column) + ")) FROM " +
+                                gdal::sqlName(table);
         const gdal::ResultSet result(*workspace.dataset,
                                      workspace.dataset->ExecuteSQL(sql.c_str(), nullptr, nullptr));
         if (!result) {

@@ -6,10 +6,10 @@
 #include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/FeatureClass.h"
 
-#include <utility>
 #include <array>
 #include <cstring>
 #include <fstream>
+#include <utility>
 
 namespace brevant::platform::geodatabase {
 
@@ -249,8 +249,7 @@ Workspace Workspace::openShapefileFolder(const fs::path& folder)
     if (!data->dataset) {
         // An empty folder is no data source yet; the driver makes it one.
         GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("ESRI Shapefile");
-        data->dataset.reset(
-            driver->Create(folder.string().c_str(), 0, 0, 0, GDT_Unknown, nullptr));
+        data->dataset.reset(driver->Create(folder.string().c_str(), 0, 0, 0, GDT_Unknown, nullptr));
     }
     if (!data->dataset) {
         errors.fail("cannot open shapefile folder " + folder.string());
@@ -308,9 +307,8 @@ void requireAttributeFile(const WorkspaceData& workspace, const std::string& lay
     };
     // Only a shapefile on disk can be checked; one in an archive is left to GDAL.
     if (exists(".shp", ".SHP") && !exists(".dbf", ".DBF")) {
-        fail(CPLE_OpenFailed, "cannot open " + workspace.describe(layer) +
-                                  ": its attribute file " + base.filename().string() +
-                                  ".dbf is missing");
+        fail(CPLE_OpenFailed, "cannot open " + workspace.describe(layer) + ": its attribute file " +
+                                  base.filename().string() + ".dbf is missing");
     }
 }
 
@@ -335,8 +333,8 @@ std::shared_ptr<FeatureClass> Workspace::openFeatureClass(const std::string& nam
 {
     auto data = tableData(*m_data, name);
     if (!data->hasShape) {
-        fail(CPLE_AppDefined, "cannot open " + m_data->describe(name) +
-                                  " as a feature class: it has no shapes");
+        fail(CPLE_AppDefined,
+             "cannot open " + m_data->describe(name) + " as a feature class: it has no shapes");
     }
     return std::make_shared<FeatureClass>(m_data, data);
 }
@@ -356,8 +354,8 @@ OGRLayer* createLayer(WorkspaceData& workspace, const std::string& name, const F
                       const std::string& shapeFieldName, bool spatialIndex = true)
 {
     if (workspace.readOnly) {
-        fail(CPLE_NotSupported, "cannot create " + workspace.describe(name) +
-                                    ": the workspace is read-only");
+        fail(CPLE_NotSupported,
+             "cannot create " + workspace.describe(name) + ": the workspace is read-only");
     }
     if (workspace.layer(name)) {
         fail(CPLE_AppDefined, "cannot create " + workspace.describe(name) + ": it exists");
@@ -393,10 +391,11 @@ OGRLayer* createLayer(WorkspaceData& workspace, const std::string& name, const F
 }
 } // namespace
 
-std::shared_ptr<FeatureClass> Workspace::createFeatureClass(
-    const std::string& name, const Fields& fields, geometry::ShapeType shapeType,
-    const geometry::SpatialReference& spatialReference, const std::string& shapeFieldName,
-    bool spatialIndex)
+std::shared_ptr<FeatureClass>
+Workspace::createFeatureClass(const std::string& name, const Fields& fields,
+                              geometry::ShapeType shapeType,
+                              const geometry::SpatialReference& spatialReference,
+                              const std::string& shapeFieldName, bool spatialIndex)
 {
     OGRwkbGeometryType type = storageType(shapeType);
     if (type == wkbNone) {
@@ -404,9 +403,9 @@ std::shared_ptr<FeatureClass> Workspace::createFeatureClass(
     }
     // A shapefile has no multi-part flag: its polyline and polygon types hold several parts.
     if (m_data->kind == Kind::ShapefileFolder && type != wkbMultiPoint) {
-        type = wkbFlatten(type) == wkbMultiPolygon ? wkbPolygon
+        type = wkbFlatten(type) == wkbMultiPolygon      ? wkbPolygon
                : wkbFlatten(type) == wkbMultiLineString ? wkbLineString
-                                                         : type;
+                                                        : type;
     }
     createLayer(*m_data, name, fields, type, spatialReference, shapeFieldName, spatialIndex);
     return openFeatureClass(name);
@@ -447,8 +446,8 @@ void Workspace::renameDataset(const std::string& from, const std::string& to)
         fail(CPLE_OpenFailed, "cannot rename " + m_data->describe(from) + ": no such table");
     }
     if (m_data->layer(to)) {
-        fail(CPLE_AppDefined, "cannot rename " + m_data->describe(from) + " to " + to +
-                                  ": that name is taken");
+        fail(CPLE_AppDefined,
+             "cannot rename " + m_data->describe(from) + " to " + to + ": that name is taken");
     }
     m_data->commit();
     gdal::ErrorScope errors;
@@ -466,15 +465,15 @@ void Workspace::replaceDataset(const std::string& replacement, const std::string
 {
     OGRLayer* incoming = m_data->layer(replacement);
     if (!incoming) {
-        fail(CPLE_OpenFailed,
-             "cannot replace " + target + " by " + m_data->describe(replacement) + ": no such table");
+        fail(CPLE_OpenFailed, "cannot replace " + target + " by " + m_data->describe(replacement) +
+                                  ": no such table");
     }
     if (automation::equalsIgnoreCase(replacement, target)) {
         return;
     }
     if (m_data->readOnly) {
-        fail(CPLE_NotSupported, "cannot replace " + m_data->describe(target) +
-                                    ": the workspace is read-only");
+        fail(CPLE_NotSupported,
+             "cannot replace " + m_data->describe(target) + ": the workspace is read-only");
     }
     if (!m_data->dataset->TestCapability(ODsCTransactions)) {
         deleteDataset(target);

@@ -2,13 +2,12 @@
 
 #include "cpl/CplSupport.h"
 
-#include <ogr_spatialref.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <ogr_spatialref.h>
 
 namespace brevant::platform::geometry {
 

@@ -260,9 +260,9 @@ SqliteDatabase::Transaction::~Transaction()
     if (sqlite3_get_autocommit(m_db.m_db.get())) {
         return;
     }
-    const std::string sql = m_outermost ? std::string("ROLLBACK")
-                                        : std::string("ROLLBACK TO ") + kSavepoint +
-                                              "; RELEASE " + kSavepoint;
+    const std::string sql =
+        m_outermost ? std::string("ROLLBACK")
+                    : std::string("ROLLBACK TO ") + kSavepoint + "; RELEASE " + kSavepoint;
     sqlite3_exec(m_db.m_db.get(), sql.c_str(), nullptr, nullptr, nullptr);
 }
 

@@ -32,8 +32,8 @@ using platform::automation::PlatformError;
 using platform::automation::Variant;
 using platform::geodatabase::Cursor;
 using platform::geodatabase::Field;
-using platform::geodatabase::FieldType;
 using platform::geodatabase::Fields;
+using platform::geodatabase::FieldType;
 using platform::geodatabase::InsertCursor;
 using platform::geodatabase::QueryFilter;
 using platform::geodatabase::Row;
@@ -58,7 +58,8 @@ void writeGeoJson(const fs::path& file,
     out << R"({"type": "FeatureCollection", "features": [)";
     for (std::size_t i = 0; i < propertiesAndRings.size(); ++i) {
         out << (i ? "," : "") << R"({"type": "Feature", "properties": {)"
-            << propertiesAndRings[i].first << R"(}, "geometry": {"type": "Polygon", "coordinates": [)"
+            << propertiesAndRings[i].first
+            << R"(}, "geometry": {"type": "Polygon", "coordinates": [)"
             << propertiesAndRings[i].second << "]}}";
     }
     out << "]}";
@@ -86,8 +87,9 @@ protected:
     void SetUp() override
     {
         initHost(m_root);
-        writeGeoJson(m_sources / "boundary.geojson",
-                     {{R"("NAME": "Testville")", square(-100, 40, 2) + "," + square(-99.2, 40.8, 0.2)}});
+        writeGeoJson(
+            m_sources / "boundary.geojson",
+            {{R"("NAME": "Testville")", square(-100, 40, 2) + "," + square(-99.2, 40.8, 0.2)}});
         Workspace shapes = Workspace::openShapefileFolder(m_sources / "tracts");
         auto tracts = shapes.createFeatureClass(
             "tracts", Fields({{"TRACT_ID", FieldType::Double, 0, {}}}), ShapeType::Polygon);
@@ -99,12 +101,17 @@ protected:
                 row.setShape(shape);
                 insert.insertRow(row);
             };
-            add(6001400100, Geometry::fromWkt("POLYGON ((-100 40, -99 40, -99 41, -100 41, -100 40))"));
-            add(6001400200, Geometry::fromWkt("POLYGON ((-99 40, -98 40, -98 41, -99 41, -99 40))"));
-            add(6001400300, Geometry::fromWkt("POLYGON ((-100 41, -99 41, -99 42, -100 42, -100 41))"));
+            add(6001400100,
+                Geometry::fromWkt("POLYGON ((-100 40, -99 40, -99 41, -100 41, -100 40))"));
+            add(6001400200,
+                Geometry::fromWkt("POLYGON ((-99 40, -98 40, -98 41, -99 41, -99 40))"));
+            add(6001400300,
+                Geometry::fromWkt("POLYGON ((-100 41, -99 41, -99 42, -100 42, -100 41))"));
             // A bow tie: its two triangles are what the repair keeps.
-            add(6013400400, Geometry::fromWkt("POLYGON ((-99 41, -98 42, -98 41, -99 42, -99 41))"));
-            add(6013400500, Geometry::fromWkt("POLYGON ((-90 40, -89 40, -89 41, -90 41, -90 40))"));
+            add(6013400400,
+                Geometry::fromWkt("POLYGON ((-99 41, -98 42, -98 41, -99 42, -99 41))"));
+            add(6013400500,
+                Geometry::fromWkt("POLYGON ((-90 40, -89 40, -89 41, -90 41, -90 40))"));
         }
         request.name = "Testville";
         request.boundary = {m_sources / "boundary.geojson", ""};
@@ -169,13 +176,16 @@ TEST_F(RegionAdmin, RegionFromShapefileAndGeoJson)
     auto boundary = bounds.openFeatureClass("hzboundary");
     EXPECT_EQ(boundary->rowCount(), 1);
     EXPECT_NEAR(boundary->search().next()->shape().area(), 4.0 - 0.04, 1e-9);
-    EXPECT_EQ(bounds.openFeatureClass("hzCounty")->rowCount(QueryFilter::where("CountyFips = '06013'")), 1);
+    EXPECT_EQ(
+        bounds.openFeatureClass("hzCounty")->rowCount(QueryFilter::where("CountyFips = '06013'")),
+        1);
     EXPECT_EQ(bounds.openFeatureClass("eqTract")->rowCount(), 4);
     EXPECT_EQ(bounds.openFeatureClass("eqsrsoil")->rowCount(), 0);
 
     platform::tabular::SqliteDatabase db((folder / "region.sqlite").string(),
                                          platform::tabular::SqliteDatabase::Mode::ReadOnly);
-    platform::tabular::SqliteDatabase::Statement centroids(db, "SELECT Tract, CenLat, CenLongit FROM hztract");
+    platform::tabular::SqliteDatabase::Statement centroids(
+        db, "SELECT Tract, CenLat, CenLongit FROM hztract");
     int count = 0;
     while (centroids.step()) {
         ++count;
@@ -220,9 +230,8 @@ TEST_F(RegionAdmin, RegionFromShapefileAndGeoJson)
 TEST_F(RegionAdmin, MapsAreRegisteredWithTheCodesValueField)
 {
     createRegion(m_root, request);
-    writeGeoJson(m_sources / "water.geojson",
-                 {{R"("GW_DEPTH": 12.5)", square(-100, 40, 1)},
-                  {R"("GW_DEPTH": "deep")", square(-99, 40, 1)}});
+    writeGeoJson(m_sources / "water.geojson", {{R"("GW_DEPTH": 12.5)", square(-100, 40, 1)},
+                                               {R"("GW_DEPTH": "deep")", square(-99, 40, 1)}});
     MapRequest water{"", "watr", {m_sources / "water.geojson", ""}, "GW_DEPTH", std::nullopt};
     const MapReport report = registerMap(m_root, water);
     EXPECT_EQ(report.code, "WATR");
@@ -235,9 +244,11 @@ TEST_F(RegionAdmin, MapsAreRegisteredWithTheCodesValueField)
     // Polygons and multipolygons in one file are one map.
     std::ofstream(m_sources / "land.geojson") << R"({"type": "FeatureCollection", "features": [
         {"type": "Feature", "properties": {"Type": 3}, "geometry": {"type": "Polygon",
-         "coordinates": [)" << square(-100, 40, 1) << R"(]}},
+         "coordinates": [)" << square(-100, 40, 1)
+                                              << R"(]}},
         {"type": "Feature", "properties": {"Type": 7}, "geometry": {"type": "MultiPolygon",
-         "coordinates": [[)" << square(-99, 40, 1) << "],[" << square(-99, 41, 0.5) << "]]}}]}";
+         "coordinates": [[)" << square(-99, 40, 1)
+                                              << "],[" << square(-99, 41, 0.5) << "]]}}]}";
     MapRequest land{"", "LAND", {m_sources / "land.geojson", ""}, "", std::nullopt};
     EXPECT_EQ(registerMap(m_root, land).polygons, 2);
 
@@ -260,7 +271,8 @@ TEST_F(RegionAdmin, MapsAreRegisteredWithTheCodesValueField)
     EXPECT_EQ(file + className + folder, "") << "no map: three empty strings";
     registry.MarkMapProcessed("WATR");
     registry.MarkMapProcessed("SOIL");
-    EXPECT_FALSE(RegionDatabase(HostRoot::load(m_root).regionDatabasePath("Testville")).userMap("SOIL"))
+    EXPECT_FALSE(
+        RegionDatabase(HostRoot::load(m_root).regionDatabasePath("Testville")).userMap("SOIL"))
         << "a code without a map stays without one";
     EXPECT_TRUE(RegionDatabase(HostRoot::load(m_root).regionDatabasePath("Testville"))
                     .userMap("WATR")
@@ -284,8 +296,8 @@ TEST_F(RegionAdmin, InventoryIsCataloguedAndLoadedInsideTheRegion)
          "geometry": {"type": "Polygon", "coordinates": [[[-98.6,40.2],[-98.4,40.2],[-98.4,40.4],[-98.6,40.4],[-98.6,40.2]]]}},
         {"type": "Feature", "properties": {"SCHOOL_NO": "S-3", "Name": "Away"},
          "geometry": {"type": "Point", "coordinates": [-80, 30]}}]})";
-    InventoryRequest schools{"", "hzSchool", 'P', "", VectorSource{m_sources / "schools.geojson", ""},
-                             "SCHOOL_NO"};
+    InventoryRequest schools{
+        "", "hzSchool", 'P', "", VectorSource{m_sources / "schools.geojson", ""}, "SCHOOL_NO"};
     const InventoryReport report = addInventory(m_root, schools);
     EXPECT_EQ(report.database, "ef.mdb");
     EXPECT_EQ(report.loaded, 2);
@@ -299,10 +311,11 @@ TEST_F(RegionAdmin, InventoryIsCataloguedAndLoadedInsideTheRegion)
     std::map<std::string, std::string> tractOf;
     while (cursor.next(row)) {
         tractOf[row.value(2).toString()] = row.value(table->findField("Tract")).toString();
-        EXPECT_DOUBLE_EQ(row.value(table->findField("Latitude")).toDouble(), row.shape().firstPoint().y);
+        EXPECT_DOUBLE_EQ(row.value(table->findField("Latitude")).toDouble(),
+                         row.shape().firstPoint().y);
     }
-    EXPECT_EQ(tractOf, (std::map<std::string, std::string>{{"S-1", "06001400300"},
-                                                           {"S-2", "06001400200"}}));
+    EXPECT_EQ(tractOf,
+              (std::map<std::string, std::string>{{"S-1", "06001400300"}, {"S-2", "06001400200"}}));
 
     InventoryRequest roads{"", "hzHighwaySegment", 'L', "", std::nullopt, ""};
     EXPECT_EQ(addInventory(m_root, roads).hazardTable, "EqHighwaySegmenthft");
@@ -355,9 +368,10 @@ TEST_F(RegionAdmin, BadInputChangesNothing)
     map.code = "LIQF";
     for (const char* value : {"high", "9", "-1", "2.5"}) {
         map.value = value;
-        expectUnchanged([&] { registerMap(m_root, map); },
-                        "\"" + std::string(value) +
-                            "\" is not a value of LIQF (liquefaction susceptibility category, 0 to 5)");
+        expectUnchanged(
+            [&] { registerMap(m_root, map); },
+            "\"" + std::string(value) +
+                "\" is not a value of LIQF (liquefaction susceptibility category, 0 to 5)");
     }
     map.code = "LAND";
     map.value = "11";
@@ -374,7 +388,8 @@ TEST_F(RegionAdmin, BadInputChangesNothing)
     fs::remove(m_sources / "tracts" / "tracts.dbf");
     map = {"", "LIQF", {m_sources / "tracts" / "tracts.shp", ""}, "", "3"};
     expectUnchanged([&] { registerMap(m_root, map); }, "tracts.dbf is missing");
-    InventoryRequest inventory{"", "hzSchool", 'P', "", VectorSource{m_sources / "garbage.gpkg", ""}, ""};
+    InventoryRequest inventory{
+        "", "hzSchool", 'P', "", VectorSource{m_sources / "garbage.gpkg", ""}, ""};
     expectUnchanged([&] { addInventory(m_root, inventory); }, "garbage.gpkg");
     inventory.from.reset();
     inventory.database = "nowhere.mdb";
@@ -387,8 +402,8 @@ TEST_F(RegionAdmin, AnInventoryTheRegionDatabaseRefusesLeavesNothingBehind)
     std::ofstream(m_sources / "schools.geojson") << R"({"type": "FeatureCollection", "features": [
         {"type": "Feature", "properties": {"SCHOOL_NO": "S-1"},
          "geometry": {"type": "Point", "coordinates": [-99.5, 41.5]}}]})";
-    const InventoryRequest schools{"", "hzSchool", 'P', "",
-                                   VectorSource{m_sources / "schools.geojson", ""}, "SCHOOL_NO"};
+    const InventoryRequest schools{
+        "", "hzSchool", 'P', "", VectorSource{m_sources / "schools.geojson", ""}, "SCHOOL_NO"};
     const HostRoot host = HostRoot::load(m_root);
     const fs::path folder(host.regionFolder("Testville"));
     platform::tabular::SqliteDatabase region(host.regionDatabasePath("Testville").string(),
@@ -427,8 +442,11 @@ TEST(RegionFromRealData, SanFrancisco)
     EXPECT_GT(region.tracts, 190);
     EXPECT_EQ(region.counties, 1);
 
-    MapRequest zones{"", "LIQF", {data / "hazard-zones/bayarea_LiquefactionSusceptibility.geojson", ""},
-                     "", "3"};
+    MapRequest zones{"",
+                     "LIQF",
+                     {data / "hazard-zones/bayarea_LiquefactionSusceptibility.geojson", ""},
+                     "",
+                     "3"};
     const MapReport map = registerMap(root, zones);
     EXPECT_EQ(map.repaired, 1) << "the dissolved zones self-intersect";
     auto copy = Workspace::open(map.database, true).openFeatureClass(map.className);
@@ -438,8 +456,12 @@ TEST(RegionFromRealData, SanFrancisco)
         EXPECT_TRUE(row.shape().isValid());
     }
 
-    InventoryRequest hospitals{"", "hzCareFlty", 'P', "",
-                               VectorSource{data / "facilities/bayarea_hospitals_spc.geojson", ""}, "id"};
+    InventoryRequest hospitals{"",
+                               "hzCareFlty",
+                               'P',
+                               "",
+                               VectorSource{data / "facilities/bayarea_hospitals_spc.geojson", ""},
+                               "id"};
     const InventoryReport inventory = addInventory(root, hospitals);
     EXPECT_GT(inventory.loaded, 5);
     EXPECT_GT(inventory.outside, 30) << "most Bay Area hospitals lie outside the city";

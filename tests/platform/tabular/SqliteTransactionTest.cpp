@@ -1,9 +1,7 @@
+#include "TabularFixture.h"
 #include "platform/tabular/SqliteDatabase.h"
 
-#include "TabularFixture.h"
-
 #include <sqlite3.h>
-
 #include <stdexcept>
 #include <vector>
 

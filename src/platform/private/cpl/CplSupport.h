@@ -5,7 +5,6 @@
 
 #include <cpl_conv.h>
 #include <cpl_error.h>
-
 #include <memory>
 #include <string>
 

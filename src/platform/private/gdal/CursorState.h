@@ -66,7 +66,6 @@ std::optional<int64_t> deleteBySql(WorkspaceData& workspace, const TableData& ta
                                    const QueryFilter& filter);
 /// A row from a feature; `resultIndex` maps fields to the feature's attributes (null: the
 /// table's own layout).
-Row readRow(const TableData& table, const OGRFeature& feature,
-            const std::vector<int>* resultIndex);
+Row readRow(const TableData& table, const OGRFeature& feature, const std::vector<int>* resultIndex);
 
 } // namespace brevant::platform::geodatabase

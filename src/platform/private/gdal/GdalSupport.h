@@ -8,9 +8,8 @@
 #include "platform/geometry/Geometry.h"
 
 #include <gdal_priv.h>
-#include <ogrsf_frmts.h>
-
 #include <memory>
+#include <ogrsf_frmts.h>
 #include <string>
 #include <utility>
 
