@@ -538,9 +538,7 @@ void frmMapSelDlg::Identify(const platform::display::MapMouseEvent& event)
                                                      {at.x - reach, at.y + reach},
                                                      {at.x - reach, at.y - reach}}});
     for (const auto& layer : m_pMap->featureLayers()) {
-        if (layer->visible()) {
-            m_pIdentifyDlg->addResults(layer->name(), layer->identify(probe));
-        }
+        m_pIdentifyDlg->addResults(layer->name(), layer->identify(probe));
     }
     if (!m_pIdentifyDlg->isVisible()) {
         // Beside the form, so the map stays in sight.
