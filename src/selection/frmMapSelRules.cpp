@@ -154,8 +154,15 @@ void frmMapSelDlg::MakeEpicenterSelection()
             m_pEpicFeatureClass->deleteSearchedRows();
         }
         if (m_iDlgType == 3) {
+            const auto reject = [&] {
+                platform::ui::userPrompts().messageBox(
+                    "Defined epicenter does not lie within the fault area", "KORVAL",
+                    platform::ui::MessageButtons::Ok);
+                cmdSelectionDone->setEnabled(false);
+            };
+            // A fault identifier that matched nothing leaves no fault area to lie in.
             if (!m_pFaultCurve) {
-                throw std::runtime_error("no source fault was chosen to place the epicenter on");
+                return reject();
             }
             const geometry::Point onFault = m_pFaultCurve->nearestPoint(pUserPoint);
             const auto& transformation = m_pActiveView->displayTransformation();
@@ -167,11 +174,7 @@ void frmMapSelDlg::MakeEpicenterSelection()
             const auto [faultX, faultY] = pixel(onFault);
             if (std::labs(clickX - faultX) > kFaultPixels ||
                 std::labs(clickY - faultY) > kFaultPixels) {
-                platform::ui::userPrompts().messageBox(
-                    "Defined epicenter does not lie within the fault area", "KORVAL",
-                    platform::ui::MessageButtons::Ok);
-                cmdSelectionDone->setEnabled(false);
-                return;
+                return reject();
             }
             pUserPoint = onFault;
         }

@@ -158,8 +158,10 @@ TEST_F(MapSelectionScript, HazardDialogsHandBackTheirPick)
 {"call": "sel.SelHistoricalEpicenter", "args": ["ev00000002"]}
 {"dialog": [{"click": [-121.0, 37.0]}, {"press": "cmdBack"}]}
 {"call": "sel.DefineEpicenter", "args": ["S", "2", {"r8": 9}, {"r8": 9}]}
+{"dialog": [{"click": [-121.0, 37.0]}, {"read": "cmdSelectionDone"}, {"press": "cmdBack"}]}
+{"call": "sel.DefineEpicenter", "args": ["S", "no such fault", {"r8": 9}, {"r8": 9}]}
 )");
-    ASSERT_EQ(results.size(), 11u);
+    ASSERT_EQ(results.size(), 13u);
     expectRan(results[2]);
     EXPECT_FALSE(results[2].at("dialogs")[0].at("values")[0].at("enabled").get<bool>())
         << "an unknown fault preselects nothing";
@@ -181,6 +183,13 @@ TEST_F(MapSelectionScript, HazardDialogsHandBackTheirPick)
     EXPECT_EQ(results[8].at("byref"), json::array({""})) << "Back hands back no epicentre";
     expectRan(results[10]);
     EXPECT_EQ(results[10].at("byref"), json::array({0.0, 0.0})) << "nor a defined one";
+
+    // Without the chosen fault no click lies on it: the user is told, nothing is placed.
+    expectRan(results[12]);
+    EXPECT_FALSE(results[12].at("dialogs")[0].at("values")[0].at("enabled").get<bool>());
+    ASSERT_EQ(results[12].at("messages").size(), 1u) << results[12].dump();
+    EXPECT_EQ(results[12].at("messages")[0].at("text"),
+              "Defined epicenter does not lie within the fault area");
 }
 
 } // namespace
