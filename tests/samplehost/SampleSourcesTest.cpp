@@ -1,4 +1,4 @@
-#include "host/sample/SampleSources.h"
+#include "samplehost/SampleSources.h"
 
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
@@ -12,7 +12,7 @@
 #include <memory>
 #include <set>
 
-namespace brevant::host::sample {
+namespace brevant::samplehost {
 namespace {
 
 namespace fs = std::filesystem;
@@ -534,4 +534,4 @@ TEST_F(SampleSourceFiles, SeismicityAndFloodCasesHoldTogether)
 }
 
 } // namespace
-} // namespace brevant::host::sample
+} // namespace brevant::samplehost

@@ -1,4 +1,4 @@
-#include "host/sample/SampleSources.h"
+#include "samplehost/SampleSources.h"
 
 #include "platform/automation/Date.h"
 #include "platform/automation/Variant.h"
@@ -24,7 +24,7 @@
 #include <string_view>
 #include <utility>
 
-namespace brevant::host::sample {
+namespace brevant::samplehost {
 
 namespace fs = std::filesystem;
 using platform::automation::Date;
@@ -2889,4 +2889,4 @@ SampleSources writeSampleSources(const std::filesystem::path& folder, SampleSize
     return SampleWriter(folder, size, seed, progress).run();
 }
 
-} // namespace brevant::host::sample
+} // namespace brevant::samplehost
