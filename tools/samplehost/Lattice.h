@@ -157,8 +157,6 @@ struct CurveOrder {
     }
 };
 
-// ----------------------------------------------------------------------------- units
-
 /// A partition of cells into units (states, counties, tracts, blocks), each unit a child of a
 /// unit of the level above.
 struct Units {
