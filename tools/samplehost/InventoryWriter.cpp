@@ -268,7 +268,6 @@ void writeLineInventory(const RegionLayout& layout, const Output& out, SampleSou
                    });
 }
 
-/// Cuts every route into segments of one length so that all routes give about `target`
 void writePointInventory(const RegionLayout& layout, const Output& out, SampleSources& sources)
 {
     const auto coordinates = [](LayerWriter& w, Point p) {

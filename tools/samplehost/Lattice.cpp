@@ -167,8 +167,6 @@ Units subdivide(const Lattice& lattice, const CurveOrder& curve, const Units& pa
     return sorted;
 }
 
-/// Shares of `total` proportional to `weights`, each at least 1 and at most `ceiling[k]`, by
-/// largest remainders.
 std::vector<int> apportion(int total, const std::vector<double>& weights,
                            const std::vector<int>& ceiling)
 {

@@ -7,9 +7,6 @@
 
 namespace brevant::samplehost {
 
-/// A star-shaped ring filling most of the rectangle of centre `c` and half-sizes `hx`, `hy`:
-/// angles strictly increase round the centre, so the ring is simple whatever its radii, and
-/// radii reach into the corners, so gaps between neighbours stay narrow.
 Path starRing(Random& random, Point c, double hx, double hy, int vertices)
 {
     const Point o{c.x + hx * random.uniform(-0.03, 0.03), c.y + hy * random.uniform(-0.03, 0.03)};
@@ -35,14 +32,12 @@ Path starRing(Random& random, Point c, double hx, double hy, int vertices)
     return ring;
 }
 
-/// Vertices per map polygon: between 20 and 200, most of them near the low end.
 int mapVertices(Random& random)
 {
     const double u = random.uniform();
     return 20 + static_cast<int>(180.0 * u * u * u);
 }
 
-/// A figure-eight: the ring crosses itself in the middle.
 Path bowTie(Point c, double hx, double hy)
 {
     const std::array<Point, 4> corners{
@@ -59,7 +54,6 @@ Path bowTie(Point c, double hx, double hy)
     return ring;
 }
 
-/// A ring of collinear points: no area at all.
 Path sliver(Point c, double hx, double hy)
 {
     return {{c.x - hx, c.y - 0.1 * hy},
@@ -68,7 +62,6 @@ Path sliver(Point c, double hx, double hy)
             {c.x - hx, c.y - 0.1 * hy}};
 }
 
-/// A gently winding line from `a` to `b`, pinned at both ends.
 Path meander(Random& random, Point a, Point b, double amplitude, double spacing)
 {
     const double length = groundDistance(a, b);
@@ -104,7 +97,6 @@ double pathLength(const Path& path)
     return length;
 }
 
-/// The piece of `path` between the distances `from` and `to` along it.
 Path subPath(const Path& path, double from, double to)
 {
     Path piece;
@@ -134,7 +126,6 @@ Path subPath(const Path& path, double from, double to)
     return piece;
 }
 
-/// Distance from `p` to the path, and how far along the path (0 to 1) the nearest point lies.
 std::pair<double, double> distanceToPath(Point p, const Path& path)
 {
     double best = std::numeric_limits<double>::max();
