@@ -12,7 +12,7 @@
 #include "datamaps/EqDataMaps.h"
 #include "host/HostServices.h"
 #include "host/local/LocalHostServices.h"
-#include "host/sample/SampleHost.h"
+#include "samplehost/SampleHost.h"
 #include "platform/automation/Collection.h"
 #include "platform/ui/ScriptedPrompts.h"
 
@@ -34,7 +34,7 @@ fs::path sampleHost()
     if (!fs::exists(folder / ".done")) {
         fs::remove_all(folder);
         fs::create_directories(folder);
-        brevant::host::sample::writeSampleHost(root, brevant::host::sample::SampleSize::Large, 7);
+        brevant::samplehost::writeSampleHost(root, brevant::samplehost::SampleSize::Large, 7);
         std::ofstream(folder / ".done") << "written\n";
     }
     return root;

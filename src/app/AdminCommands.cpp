@@ -7,7 +7,7 @@
 #include "host/local/MapRegistration.h"
 #include "host/local/RegionBuilder.h"
 #include "host/local/RegionDatabase.h"
-#include "host/sample/SampleHost.h"
+#include "samplehost/SampleHost.h"
 
 #include <charconv>
 #include <ostream>
@@ -249,12 +249,12 @@ small (the default) takes seconds; large has more than 1,000,000 inventory point
 more than 100,000 polygons. The same size and seed (default 1) give the same host.
 )";
 
-host::sample::SampleSize sampleSizeNamed(const std::string& name)
+samplehost::SampleSize sampleSizeNamed(const std::string& name)
 {
-    return name == "small"    ? host::sample::SampleSize::Small
-           : name == "medium" ? host::sample::SampleSize::Medium
+    return name == "small"    ? samplehost::SampleSize::Small
+           : name == "medium" ? samplehost::SampleSize::Medium
            : name == "large"
-               ? host::sample::SampleSize::Large
+               ? samplehost::SampleSize::Large
                : throw UsageError("--size is small, medium or large, not " + name);
 }
 
@@ -266,7 +266,7 @@ int runSampleHost(const std::vector<std::string>& args, std::ostream& out, std::
         const auto size = sampleSizeNamed(options.optional("size", "small"));
         const int32_t seed = wholeNumber(options.optional("seed", "1"), "--seed");
         const auto start = std::chrono::steady_clock::now();
-        const auto report = host::sample::writeSampleHost(
+        const auto report = samplehost::writeSampleHost(
             options.positional[0], size, static_cast<std::uint64_t>(seed),
             [&err](const std::string& step) { err << "sample-host: " << step << "\n"; });
         out << "sample-host: " << options.positional[0] << ": region " << report.region << ", "

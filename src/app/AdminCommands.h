@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/sample/SampleSources.h"
+#include "samplehost/SampleSources.h"
 
 #include <iosfwd>
 #include <string>
@@ -18,7 +18,7 @@ int runAdmin(const std::vector<std::string>& args, std::ostream& out, std::ostre
 int runSampleHost(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 extern const char* const kSampleHostUsage;
 /// The sample size named by --size; UsageError for another word.
-host::sample::SampleSize sampleSizeNamed(const std::string& name);
+samplehost::SampleSize sampleSizeNamed(const std::string& name);
 
 /// The usage of a command group, or nullptr for another word.
 const char* adminUsage(const std::string& group);

@@ -11,7 +11,7 @@
 #include "host/RegionSettingsStore.h"
 #include "host/local/LocalApplication.h"
 #include "host/local/LocalHostServices.h"
-#include "host/sample/SampleHost.h"
+#include "samplehost/SampleHost.h"
 #include "platform/automation/CaseInsensitive.h"
 #include "platform/automation/Collection.h"
 #include "platform/automation/MemberTable.h"
@@ -137,7 +137,7 @@ public:
     {
     }
 
-    int run(host::sample::SampleSize size)
+    int run(samplehost::SampleSize size)
     {
         const auto start = std::chrono::steady_clock::now();
         // Marks the folder as the demo's at once, so that a run that fails half way can be
@@ -145,9 +145,9 @@ public:
         m_report["maps"] = json::array();
         writeReport();
         const fs::path root = m_dir / "host";
-        host::sample::SampleHostReport sample;
+        samplehost::SampleHostReport sample;
         timed("sample host", [&] {
-            sample = host::sample::writeSampleHost(root, size, 1, [this](const std::string& s) {
+            sample = samplehost::writeSampleHost(root, size, 1, [this](const std::string& s) {
                 m_err << "demo: " << s << '\n';
             });
         });
@@ -543,7 +543,7 @@ private:
         }
     }
 
-    void printSummary(const host::sample::SampleHostReport& sample, double seconds)
+    void printSummary(const samplehost::SampleHostReport& sample, double seconds)
     {
         m_out << "demo: region " << sample.region << " (" << sample.tracts << " tracts, "
               << sample.inventoryFeatures << " inventory features in "

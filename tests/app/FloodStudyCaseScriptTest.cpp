@@ -1,6 +1,6 @@
 #include "context/StudyRegionContext.h"
 #include "host/HostServices.h"
-#include "host/sample/SampleHost.h"
+#include "samplehost/SampleHost.h"
 #include "support/HostFixture.h"
 #include "support/ScriptRun.h"
 
@@ -33,7 +33,7 @@ TEST_F(FloodStudyCaseScript, TheChosenSampleCaseComesBackThroughTheSelectionDial
 {
     test::TempDir dir;
     const fs::path root = dir.path() / "host";
-    host::sample::writeSampleHost(root, host::sample::SampleSize::Small, 3);
+    samplehost::writeSampleHost(root, samplehost::SampleSize::Small, 3);
     const fs::path png = dir.path() / "flood.png";
     const auto results = runScript(root, R"({"new": "Brevant.EQMapSelDlg", "as": "sel"}
 {"dialog": [{"read": "flCombo"}, {"choose": ["flCombo", 1]}, {"read": "flCombo"}, {"screenshot": ")" +

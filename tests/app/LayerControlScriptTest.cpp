@@ -1,4 +1,4 @@
-#include "host/sample/SampleHost.h"
+#include "samplehost/SampleHost.h"
 #include "support/HostFixture.h"
 #include "support/ScriptRun.h"
 
@@ -29,7 +29,7 @@ class LayerControlScript : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        host::sample::writeSampleHost(root(), host::sample::SampleSize::Small, 3);
+        samplehost::writeSampleHost(root(), samplehost::SampleSize::Small, 3);
     }
     fs::path root() const { return m_dir.path() / "host"; }
 

@@ -1,6 +1,6 @@
 #include "host/local/HostRoot.h"
 #include "host/local/RegionDatabase.h"
-#include "host/sample/SampleHost.h"
+#include "samplehost/SampleHost.h"
 #include "platform/tabular/SqliteDatabase.h"
 #include "support/HostFixture.h"
 #include "support/ScriptRun.h"
@@ -24,7 +24,7 @@ TEST(LayoutScript, RecordsetsSelectAndTheHostDocumentIsLaidOut)
 {
     test::TempDir dir;
     const fs::path root = dir.path() / "host";
-    host::sample::writeSampleHost(root, host::sample::SampleSize::Small, 3);
+    samplehost::writeSampleHost(root, samplehost::SampleSize::Small, 3);
     const auto host = host::local::HostRoot::load(root);
     const fs::path database = host.regionDatabasePath(host.currentRegion());
     std::string tract;

@@ -1,5 +1,5 @@
 #include "app/CommandLine.h"
-#include "host/sample/SampleHost.h"
+#include "samplehost/SampleHost.h"
 #include "support/HostFixture.h"
 
 #include <QImage>
@@ -20,7 +20,7 @@ TEST(ScriptViews, RenderAndDescribeASampleHostsRegion)
 {
     test::TempDir dir;
     const fs::path root = dir.path() / "host";
-    host::sample::writeSampleHost(root, host::sample::SampleSize::Small, 3);
+    samplehost::writeSampleHost(root, samplehost::SampleSize::Small, 3);
     const fs::path png = dir.path() / "region.png";
     const fs::path pdf = dir.path() / "page.pdf";
     std::istringstream in(

@@ -6,7 +6,7 @@
 #include "host/HostServices.h"
 #include "host/local/HostRoot.h"
 #include "host/local/LocalHostServices.h"
-#include "host/sample/SampleHost.h"
+#include "samplehost/SampleHost.h"
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/tabular/SqliteDatabase.h"
@@ -117,7 +117,7 @@ TEST(SampleRegionSync, MovedSchoolReachesItsServerRow)
         }
     } guard;
     test::TempDir dir;
-    host::sample::writeSampleHost(dir.path(), host::sample::SampleSize::Small, 7);
+    samplehost::writeSampleHost(dir.path(), samplehost::SampleSize::Small, 7);
     host::installHostServices(std::make_shared<host::local::LocalHostServices>(dir.path()));
     resetStudyRegionContext();
     openStudyRegion(true);

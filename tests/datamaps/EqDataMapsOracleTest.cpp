@@ -13,7 +13,7 @@
 #include "host/local/MapRegistration.h"
 #include "host/local/RegionBuilder.h"
 #include "host/local/RegionDatabase.h"
-#include "host/sample/SampleHost.h"
+#include "samplehost/SampleHost.h"
 #include "platform/automation/Collection.h"
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
@@ -97,7 +97,7 @@ protected:
     static void SetUpTestSuite()
     {
         s_dir = new test::TempDir;
-        host::sample::writeSampleHost(root(), host::sample::SampleSize::Small, 7);
+        samplehost::writeSampleHost(root(), samplehost::SampleSize::Small, 7);
     }
     static void TearDownTestSuite()
     {

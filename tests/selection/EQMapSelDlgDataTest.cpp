@@ -4,7 +4,7 @@
 #include "host/local/LocalGisDataService.h"
 #include "host/local/LocalHostServices.h"
 #include "host/local/LocalRegionSelectionStore.h"
-#include "host/sample/SampleHost.h"
+#include "samplehost/SampleHost.h"
 #include "platform/carto/FeatureLayer.h"
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
@@ -63,7 +63,7 @@ protected:
     static void SetUpTestSuite()
     {
         s_dir = new test::TempDir;
-        host::sample::writeSampleHost(s_dir->path() / "host", host::sample::SampleSize::Small, 4);
+        samplehost::writeSampleHost(s_dir->path() / "host", samplehost::SampleSize::Small, 4);
     }
     static void TearDownTestSuite()
     {

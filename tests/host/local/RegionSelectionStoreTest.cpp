@@ -1,6 +1,6 @@
 #include "host/local/LocalRegionContextService.h"
 #include "host/local/LocalRegionSelectionStore.h"
-#include "host/sample/SampleHost.h"
+#include "samplehost/SampleHost.h"
 #include "platform/automation/PlatformError.h"
 #include "platform/tabular/Recordset.h"
 #include "support/HostFixture.h"
@@ -18,7 +18,7 @@ protected:
     static void SetUpTestSuite()
     {
         s_dir = new test::TempDir;
-        sample::writeSampleHost(s_dir->path() / "host", sample::SampleSize::Small, 5);
+        samplehost::writeSampleHost(s_dir->path() / "host", samplehost::SampleSize::Small, 5);
     }
     static void TearDownTestSuite()
     {

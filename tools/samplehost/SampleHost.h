@@ -1,13 +1,13 @@
 #pragma once
 
-#include "host/sample/SampleSources.h"
+#include "samplehost/SampleSources.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
 
-namespace brevant::host::sample {
+namespace brevant::samplehost {
 
 struct SampleHostReport {
     std::string region;
@@ -28,4 +28,4 @@ SampleHostReport writeSampleHost(const std::filesystem::path& root, SampleSize s
                                  std::uint64_t seed,
                                  const std::function<void(const std::string& step)>& progress = {});
 
-} // namespace brevant::host::sample
+} // namespace brevant::samplehost

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace brevant::host::sample {
+namespace brevant::samplehost {
 
 /// How much data the sample host gets: Small for tests (a few hundred tracts, maps of a few
 /// thousand polygons, a few thousand points; seconds), Medium about ten times that, Large for
@@ -237,4 +237,4 @@ SampleSources writeSampleSources(const std::filesystem::path& folder, SampleSize
                                  std::uint64_t seed,
                                  const std::function<void(const std::string& step)>& progress = {});
 
-} // namespace brevant::host::sample
+} // namespace brevant::samplehost

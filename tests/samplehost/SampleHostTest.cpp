@@ -2,7 +2,7 @@
 #include "host/local/HostRoot.h"
 #include "host/local/LocalInventoryCatalogService.h"
 #include "host/local/RegionDatabase.h"
-#include "host/sample/SampleHost.h"
+#include "samplehost/SampleHost.h"
 #include "platform/automation/VariantArray.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/Workspace.h"
@@ -12,12 +12,12 @@
 #include <gtest/gtest.h>
 #include <sstream>
 
-namespace brevant::host::sample {
+namespace brevant::samplehost {
 namespace {
 
 namespace fs = std::filesystem;
-using local::HostRoot;
-using local::RegionDatabase;
+using host::local::HostRoot;
+using host::local::RegionDatabase;
 using platform::geodatabase::Workspace;
 
 class SampleHost : public ::testing::Test {
@@ -52,7 +52,7 @@ TEST_F(SampleHost, RegionMapsAndInventoryComeFromTheBuilders)
     const RegionDatabase region(host.regionDatabasePath(s_report.region));
     EXPECT_EQ(region.userMaps().size(), 12u);
 
-    local::LocalInventoryCatalogService catalogue(root());
+    host::local::LocalInventoryCatalogService catalogue(root());
     platform::automation::Variant names;
     platform::automation::Variant databases;
     platform::automation::Variant kinds;
@@ -120,4 +120,4 @@ TEST_F(SampleHost, EveryClassOpensThroughTheScriptHost)
 }
 
 } // namespace
-} // namespace brevant::host::sample
+} // namespace brevant::samplehost

@@ -1,4 +1,4 @@
-#include "host/sample/SampleHost.h"
+#include "samplehost/SampleHost.h"
 
 #include "host/local/HostBuilder.h"
 #include "host/local/HostRoot.h"
@@ -19,7 +19,7 @@
 #include <map>
 #include <set>
 
-namespace brevant::host::sample {
+namespace brevant::samplehost {
 
 namespace fs = std::filesystem;
 using namespace host::local;
@@ -392,4 +392,4 @@ SampleHostReport writeSampleHost(const fs::path& root, SampleSize size, std::uin
     return report;
 }
 
-} // namespace brevant::host::sample
+} // namespace brevant::samplehost
