@@ -2,12 +2,12 @@
 #include "host/HostServices.h"
 #include "host/local/HostRoot.h"
 #include "host/local/LocalRegionSelectionStore.h"
-#include "host/sample/SampleHost.h"
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
 #include "platform/geodatabase/QueryFilter.h"
 #include "platform/geodatabase/Workspace.h"
 #include "platform/tabular/Recordset.h"
+#include "samplehost/SampleHost.h"
 #include "support/HostFixture.h"
 #include "support/ScriptRun.h"
 
@@ -30,7 +30,7 @@ protected:
     static void SetUpTestSuite()
     {
         s_dir = new test::TempDir;
-        host::sample::writeSampleHost(s_dir->path() / "host", host::sample::SampleSize::Small, 1);
+        samplehost::writeSampleHost(s_dir->path() / "host", samplehost::SampleSize::Small, 1);
     }
     static void TearDownTestSuite()
     {
