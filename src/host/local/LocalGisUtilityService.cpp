@@ -130,8 +130,22 @@ MirroredClass mirroredClass(const std::filesystem::path& root, const std::string
 // take the record's values, and a record without a server row gets one. With `wanted`, only
 // the columns it accepts are written, and a table that shares no such column with the source
 // is left alone. A table without the identifier column is left alone too.
+// Whether the columns copied from `source` hold numbers or text only, which the database copies
+// as the class stores them; dates and other values go through the loop's conversions.
+bool copiesPlainValues(const geodatabase::Table& source,
+                       const std::vector<std::pair<std::string, int>>& copied)
+{
+    using geodatabase::FieldType;
+    return std::all_of(copied.begin(), copied.end(), [&](const auto& column) {
+        const FieldType type = source.fields().field(column.second).type;
+        return type == FieldType::Double || type == FieldType::Single ||
+               type == FieldType::Integer || type == FieldType::SmallInteger ||
+               type == FieldType::String;
+    });
+}
+
 void mirrorRecords(SqliteDatabase& db, const geodatabase::Table& source, const std::string& table,
-                   const ColumnFilter& wanted)
+                   const ColumnFilter& wanted, const std::optional<std::string>& attached = {})
 {
     using geodatabase::sqlQuoted;
     const auto columns = columnsOf(db, table);
@@ -165,14 +179,47 @@ void mirrorRecords(SqliteDatabase& db, const geodatabase::Table& source, const s
     }
     const std::string quotedTable = sqlQuoted(table, '"');
     const std::string quotedKey = sqlQuoted(key->name, '"');
+    if (attached && copiesPlainValues(source, copied)) {
+        // The class's file is attached: the database copies the values itself, the same upsert
+        // as the loop below without a round trip per record.
+        std::string selected;
+        for (std::size_t i = 0; i < copied.size(); ++i) {
+            selected += (i ? ", " : "") +
+                        sqlQuoted(source.fields().field(copied[i].second).name, '"') + " AS v" +
+                        std::to_string(i);
+        }
+        // A key met more than once ends with its last record's values, as in the loop.
+        const std::string from = *attached + "." + sqlQuoted(source.name(), '"');
+        const std::string sourceKey = sqlQuoted(source.fields().field(2).name, '"');
+        const std::string rows = "(SELECT " + selected + " FROM " + from +
+                                 " WHERE rowid IN (SELECT max(rowid) FROM " + from + " WHERE " +
+                                 sourceKey + " IS NOT NULL GROUP BY " + sourceKey + "))";
+        if (!assignments.empty()) {
+            std::string sets;
+            for (std::size_t i = 1; i < copied.size(); ++i) {
+                sets += (i > 1 ? ", " : "") + sqlQuoted(copied[i].first, '"') + " = g.v" +
+                        std::to_string(i);
+            }
+            db.execute("UPDATE " + quotedTable + " SET " + sets + " FROM " + rows + " AS g WHERE " +
+                       quotedTable + "." + quotedKey + " = g.v0");
+        }
+        std::string all;
+        for (std::size_t i = 0; i < copied.size(); ++i) {
+            all += (i ? ", g.v" : "g.v") + std::to_string(i);
+        }
+        db.execute("INSERT INTO " + quotedTable + " (" + names + ") SELECT " + all + " FROM " +
+                   rows + " AS g WHERE NOT EXISTS (SELECT 1 FROM " + quotedTable +
+                   " AS s WHERE s." + quotedKey + " = g.v0)");
+        return;
+    }
     SqliteDatabase::Statement exists(db, "SELECT 1 FROM " + quotedTable + " WHERE " + quotedKey +
                                              " = ?1");
     SqliteDatabase::Statement insert(db, "INSERT INTO " + quotedTable + " (" + names +
                                              ") VALUES (" + values + ")");
     std::optional<SqliteDatabase::Statement> update;
     if (!assignments.empty()) {
-        update.emplace(db, "UPDATE " + quotedTable + " SET " + assignments + " WHERE " +
-                               quotedKey + " = ?1");
+        update.emplace(db, "UPDATE " + quotedTable + " SET " + assignments + " WHERE " + quotedKey +
+                               " = ?1");
     }
     std::vector<std::string> read;
     for (const auto& column : copied) {
@@ -226,6 +273,41 @@ std::optional<std::string> storedTableName(SqliteDatabase& db, const std::string
     return query.text(0);
 }
 
+/// The file of a GeoPackage class attached to the region's database as "inventory" for as long
+/// as this lives; nothing for classes stored otherwise.
+class AttachedClassFile {
+public:
+    AttachedClassFile(SqliteDatabase& db, const geodatabase::Table& source) : m_db(db)
+    {
+        const auto workspace = source.workspace();
+        if (workspace.kind() != geodatabase::Workspace::Kind::GeoPackage) {
+            return;
+        }
+        SqliteDatabase::Statement attach(db, "ATTACH DATABASE ?1 AS inventory");
+        attach.bind(1, workspace.path().string());
+        attach.step();
+        m_name = "inventory";
+    }
+    ~AttachedClassFile()
+    {
+        if (m_name) {
+            try {
+                m_db.execute("DETACH DATABASE inventory");
+            } catch (const std::exception&) {
+                // The connection closes right after; the attachment goes with it.
+            }
+        }
+    }
+    AttachedClassFile(const AttachedClassFile&) = delete;
+    AttachedClassFile& operator=(const AttachedClassFile&) = delete;
+
+    const std::optional<std::string>& name() const { return m_name; }
+
+private:
+    SqliteDatabase& m_db;
+    std::optional<std::string> m_name;
+};
+
 // "EqRailwaySegmenthft" -> "RailwaySegment".
 std::string lineSuffixOfHazardTable(const std::string& hazardTable)
 {
@@ -234,11 +316,10 @@ std::string lineSuffixOfHazardTable(const std::string& hazardTable)
     const auto lower = platform::automation::toLower(hazardTable);
     if (hazardTable.size() <= kPrefix.size() + kSuffix.size() || !lower.starts_with("eq") ||
         !lower.ends_with(kSuffix)) {
-        hostError(HostError::UnknownKey, "\"" + hazardTable +
-                                             "\" is no line hazard table name (Eq + class + hft)");
+        hostError(HostError::UnknownKey,
+                  "\"" + hazardTable + "\" is no line hazard table name (Eq + class + hft)");
     }
-    return hazardTable.substr(kPrefix.size(),
-                              hazardTable.size() - kPrefix.size() - kSuffix.size());
+    return hazardTable.substr(kPrefix.size(), hazardTable.size() - kPrefix.size() - kSuffix.size());
 }
 
 // The server columns an analysis writes: the site conditions always, and the result field of
@@ -435,9 +516,10 @@ void LocalGisUtilityService::UpdateAnalysisTable(const std::string& tableName,
     const MirroredClass mirrored = mirroredClass(m_root, tableName, databaseName);
     const AnalysisColumns columns(mapTypes);
     SqliteDatabase db(currentDatabasePath(m_root).string(), SqliteDatabase::Mode::ReadWrite);
+    const AttachedClassFile attached(db, *mirrored.featureClass);
     db.inTransaction([&] {
         for (const auto& table : mirrored.serverTables) {
-            mirrorRecords(db, *mirrored.featureClass, table, columns.filter());
+            mirrorRecords(db, *mirrored.featureClass, table, columns.filter(), attached.name());
         }
     });
 }
@@ -451,9 +533,10 @@ void LocalGisUtilityService::UpdateLineHazardTable(const std::string& hazardTabl
     mirrored.serverTables = {hazardTableName, "Eq" + suffix};
     const AnalysisColumns columns(mapTypes);
     SqliteDatabase db(currentDatabasePath(m_root).string(), SqliteDatabase::Mode::ReadWrite);
+    const AttachedClassFile attached(db, *mirrored.featureClass);
     db.inTransaction([&] {
         for (const auto& table : mirrored.serverTables) {
-            mirrorRecords(db, *mirrored.featureClass, table, columns.filter());
+            mirrorRecords(db, *mirrored.featureClass, table, columns.filter(), attached.name());
         }
     });
 }
@@ -547,8 +630,8 @@ std::string LocalGisUtilityService::GetResultTableName(const std::string& tableN
             return *table;
         }
     }
-    hostError(HostError::UnknownKey, "no table of " + path.string() + " holds the values of \"" +
-                                         tableName + "\"");
+    hostError(HostError::UnknownKey,
+              "no table of " + path.string() + " holds the values of \"" + tableName + "\"");
 }
 
 } // namespace brevant::host::local

@@ -92,6 +92,22 @@ TEST_F(GisUtilityAnalysis, PointClassWritesSiteAndListedResultColumnsKeyedByIden
         << "the attribute table shares no analysis column";
 }
 
+// Two records under one identifier leave one server row with the later record's values.
+TEST_F(GisUtilityAnalysis, AnIdentifierMetTwiceKeepsItsLastRecordsValues)
+{
+    addPointInventory("hzHighwayBridge", {{"HB000001", 0, 0}, {"HB000001", 1, 1}});
+    setResult("trn.mdb", "hzHighwayBridge", "pga", "0.1");
+    setResult("trn.mdb", "hzHighwayBridge", "pga", "0.7", "[OBJECTID] = 2");
+
+    m_service->UpdateAnalysisTable("hzHighwayBridge", "trn.mdb", codes({"pgam"}), true);
+    EXPECT_EQ(sqlValue("SELECT COUNT(*) || ' ' || pga FROM EqHighwayBridge"), "1 0.7");
+
+    // Once more, now that the row exists: the update takes the last record's values too.
+    setResult("trn.mdb", "hzHighwayBridge", "pga", "0.3", "[OBJECTID] = 2");
+    m_service->UpdateAnalysisTable("hzHighwayBridge", "trn.mdb", codes({"pgam"}), true);
+    EXPECT_EQ(sqlValue("SELECT COUNT(*) || ' ' || pga FROM EqHighwayBridge"), "1 0.3");
+}
+
 TEST_F(GisUtilityAnalysis, LineClassIsCopiedFromItsHazardTable)
 {
     addRailway();
