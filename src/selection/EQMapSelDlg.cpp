@@ -176,29 +176,26 @@ void releaseHazardDialog(frmMapSelDlg& form, EQMapSelDlg::HazardDialog& dialog)
 
 } // namespace
 
+void EQMapSelDlg::PickHazardFeature(const char* tag, int16_t dlgType, std::string& identifier)
+{
+    context::runLogged(tag, platform::automation::LibraryCode::Procedure, [&] {
+        auto& form = PrepareForm();
+        auto dialog = PrepareHazardSelection(dlgType, identifier);
+        ShowHazardDialog(dialog);
+        identifier = form.m_sFaultId;
+        releaseHazardDialog(form, dialog);
+        m_frmMapSel.reset();
+    });
+}
+
 void EQMapSelDlg::SelHistoricalEpicenter(std::string& sEpicenterId)
 {
-    context::runLogged(" SelHistoricalEpicenter", platform::automation::LibraryCode::Procedure,
-                       [&] {
-                           auto& form = PrepareForm();
-                           auto dialog = PrepareHazardSelection(1, sEpicenterId);
-                           ShowHazardDialog(dialog);
-                           sEpicenterId = form.m_sFaultId;
-                           releaseHazardDialog(form, dialog);
-                           m_frmMapSel.reset();
-                       });
+    PickHazardFeature(" SelHistoricalEpicenter", 1, sEpicenterId);
 }
 
 void EQMapSelDlg::SelFault(std::string& sFault)
 {
-    context::runLogged(" SelFault", platform::automation::LibraryCode::Procedure, [&] {
-        auto& form = PrepareForm();
-        auto dialog = PrepareHazardSelection(2, sFault);
-        ShowHazardDialog(dialog);
-        sFault = form.m_sFaultId;
-        releaseHazardDialog(form, dialog);
-        m_frmMapSel.reset();
-    });
+    PickHazardFeature(" SelFault", 2, sFault);
 }
 
 void EQMapSelDlg::DefineEpicenter(const std::string& sScenType, const std::string& sSelFltId,

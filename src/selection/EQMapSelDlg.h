@@ -108,6 +108,8 @@ private:
     /// A region dialog of one level, its failures recorded under `tag`.
     void ShowUnitDialog(const char* tag, int16_t level);
     void ShowDlgWithSelection(int16_t level);
+    /// SelHistoricalEpicenter (kind 1) and SelFault (kind 2), failures recorded under `tag`.
+    void PickHazardFeature(const char* tag, int16_t dlgType, std::string& identifier);
     /// Shows a prepared hazard dialog and lets go of the form and its layers afterwards.
     void ShowHazardDialog(HazardDialog& dialog);
 
