@@ -113,9 +113,15 @@ TractLookup::TractLookup(const geodatabase::FeatureClass& tracts)
 std::string TractLookup::tractOf(const platform::geometry::Point& point) const
 {
     // A point no tract's box holds is in no tract; the nearest search would only confirm it.
-    if (m_index.candidates(platform::geometry::Envelope(point.x, point.y, point.x, point.y))
-            .empty()) {
+    const auto boxes =
+        m_index.candidates(platform::geometry::Envelope(point.x, point.y, point.x, point.y));
+    if (boxes.empty()) {
         return {};
+    }
+    // Inside the lowest-placed tract whose box holds it: no tract before it can meet the point,
+    // so it is the first, found without the distance search.
+    if (const auto inside = m_index.containing(point); inside && *inside == boxes.front()) {
+        return m_tracts[*inside];
     }
     // Inside or on the edge is distance 0; among tracts at 0 the index answers the first.
     const auto nearest = m_index.nearest(point);

@@ -144,6 +144,19 @@ bool copiesPlainValues(const geodatabase::Table& source,
     });
 }
 
+// Whether a unique index covers exactly `column` of `table`, so an insert can name it as the
+// conflict to update on.
+bool isUniqueKey(SqliteDatabase& db, const std::string& table, const std::string& column)
+{
+    SqliteDatabase::Statement indexes(db, "SELECT il.name FROM pragma_index_list(?1) AS il WHERE "
+                                          "il.\"unique\" AND (SELECT count(*) FROM "
+                                          "pragma_index_info(il.name)) = 1 AND (SELECT name FROM "
+                                          "pragma_index_info(il.name)) = ?2 COLLATE NOCASE");
+    indexes.bind(1, table);
+    indexes.bind(2, column);
+    return indexes.step();
+}
+
 void mirrorRecords(SqliteDatabase& db, const geodatabase::Table& source, const std::string& table,
                    const ColumnFilter& wanted, const std::optional<std::string>& attached = {})
 {
@@ -179,37 +192,27 @@ void mirrorRecords(SqliteDatabase& db, const geodatabase::Table& source, const s
     }
     const std::string quotedTable = sqlQuoted(table, '"');
     const std::string quotedKey = sqlQuoted(key->name, '"');
-    if (attached && copiesPlainValues(source, copied)) {
-        // The class's file is attached: the database copies the values itself, the same upsert
-        // as the loop below without a round trip per record.
+    if (attached && copiesPlainValues(source, copied) && isUniqueKey(db, table, key->name)) {
+        // The class's file is attached: the database copies the values itself, record by
+        // record in the class's order, the same upsert as the loop below (a key met twice ends
+        // with its last record's values) without a round trip per record.
         std::string selected;
         for (std::size_t i = 0; i < copied.size(); ++i) {
-            selected += (i ? ", " : "") +
-                        sqlQuoted(source.fields().field(copied[i].second).name, '"') + " AS v" +
-                        std::to_string(i);
+            selected +=
+                (i ? ", " : "") + sqlQuoted(source.fields().field(copied[i].second).name, '"');
         }
-        // A key met more than once ends with its last record's values, as in the loop.
-        const std::string from = *attached + "." + sqlQuoted(source.name(), '"');
-        const std::string sourceKey = sqlQuoted(source.fields().field(2).name, '"');
-        const std::string rows = "(SELECT " + selected + " FROM " + from +
-                                 " WHERE rowid IN (SELECT max(rowid) FROM " + from + " WHERE " +
-                                 sourceKey + " IS NOT NULL GROUP BY " + sourceKey + "))";
+        std::string onConflict = "NOTHING";
         if (!assignments.empty()) {
-            std::string sets;
+            onConflict = "UPDATE SET ";
             for (std::size_t i = 1; i < copied.size(); ++i) {
-                sets += (i > 1 ? ", " : "") + sqlQuoted(copied[i].first, '"') + " = g.v" +
-                        std::to_string(i);
+                const std::string column = sqlQuoted(copied[i].first, '"');
+                onConflict += (i > 1 ? ", " : "") + column + " = excluded." + column;
             }
-            db.execute("UPDATE " + quotedTable + " SET " + sets + " FROM " + rows + " AS g WHERE " +
-                       quotedTable + "." + quotedKey + " = g.v0");
         }
-        std::string all;
-        for (std::size_t i = 0; i < copied.size(); ++i) {
-            all += (i ? ", g.v" : "g.v") + std::to_string(i);
-        }
-        db.execute("INSERT INTO " + quotedTable + " (" + names + ") SELECT " + all + " FROM " +
-                   rows + " AS g WHERE NOT EXISTS (SELECT 1 FROM " + quotedTable +
-                   " AS s WHERE s." + quotedKey + " = g.v0)");
+        db.execute("INSERT INTO " + quotedTable + " (" + names + ") SELECT " + selected + " FROM " +
+                   *attached + "." + sqlQuoted(source.name(), '"') + " WHERE " +
+                   sqlQuoted(source.fields().field(2).name, '"') +
+                   " IS NOT NULL ORDER BY rowid ON CONFLICT (" + quotedKey + ") DO " + onConflict);
         return;
     }
     SqliteDatabase::Statement exists(db, "SELECT 1 FROM " + quotedTable + " WHERE " + quotedKey +
@@ -497,9 +500,10 @@ void LocalGisUtilityService::UpdateEditedRecords(const std::string& databaseName
     }
     const MirroredClass mirrored = mirroredClass(m_root, tableName, databaseName);
     SqliteDatabase db(currentDatabasePath(m_root).string(), SqliteDatabase::Mode::ReadWrite);
+    const AttachedClassFile attached(db, *mirrored.featureClass);
     db.inTransaction([&] {
         for (const auto& table : mirrored.serverTables) {
-            mirrorRecords(db, *mirrored.featureClass, table, {});
+            mirrorRecords(db, *mirrored.featureClass, table, {}, attached.name());
         }
     });
 }
