@@ -22,6 +22,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QToolBar>
+#include <functional>
 #include <stdexcept>
 
 namespace brevant::selection {
@@ -91,6 +92,26 @@ void addQuietly(carto::Map& map, const std::shared_ptr<carto::FeatureLayer>& lay
         context::CreateRendrer(*layer, layer->name());
     }
     layer->setVisible(true);
+}
+
+/// The union of the selected features' extents, each selected feature handed to `each` (if any)
+/// in identifier order.
+geometry::Envelope
+selectedExtent(const carto::FeatureLayer& layer,
+               const std::function<void(const platform::geodatabase::Row&)>& each)
+{
+    const auto& selected = layer.selectionSet();
+    geometry::Envelope extent;
+    layer.search({}, [&](const platform::geodatabase::Row& row) {
+        if (selected.contains(row.oid()) && !row.shape().isNull()) {
+            extent = extent.united(row.shape().envelope());
+            if (each) {
+                each(row);
+            }
+        }
+        return true;
+    });
+    return extent;
 }
 
 } // namespace
@@ -246,7 +267,8 @@ void frmMapSelDlg::Form_Load()
     InitializeDialog();
     handler(" creating map selection dialog ", [&] {
         if (!m_pMap) {
-            throw std::runtime_error("the map selection dialog was given no map");
+            // Initialising has recorded why; there is nothing to load onto.
+            return;
         }
         if (isHazardDialog(m_iDlgType)) {
             addQuietly(*m_pMap, m_pSrFeatureLayer, true);
@@ -311,13 +333,7 @@ void frmMapSelDlg::ZoomToSelection()
         if (selected.isEmpty()) {
             return;
         }
-        geometry::Envelope extent;
-        m_pFeatureLayer->search({}, [&](const platform::geodatabase::Row& row) {
-            if (selected.contains(row.oid()) && !row.shape().isNull()) {
-                extent = extent.united(row.shape().envelope());
-            }
-            return true;
-        });
+        const geometry::Envelope extent = selectedExtent(*m_pFeatureLayer, {});
         if (!extent.isEmpty()) {
             setExtent(extent);
         }
@@ -343,15 +359,12 @@ void frmMapSelDlg::ZoomToSelectedFault()
             if (m_iDlgType == 1 || m_iDlgType == 2) {
                 cmdSelectionDone->setEnabled(true);
             }
-            m_pFeatureLayer->search({}, [&](const platform::geodatabase::Row& row) {
-                if (selected.contains(row.oid())) {
-                    selection = selection.united(row.shape().envelope());
+            selection =
+                selectedExtent(*m_pFeatureLayer, [&](const platform::geodatabase::Row& row) {
                     if (m_iDlgType == 3) {
                         m_pFaultCurve = row.shape();
                     }
-                }
-                return true;
-            });
+                });
         }
         setExtent(boundaryExtent().united(selection));
     });
