@@ -306,6 +306,23 @@ CursorState::~CursorState()
 {
     // The result set goes before the commit, which it would otherwise hold open.
     result.reset();
+    if (spatialIndex && !spatialIndex->finished()) {
+        // Rows stored before a failure are kept, as without the deferral, once the index
+        // holds them; when it cannot be written the whole append is taken back instead, and
+        // GDAL's view of the dataset with it.
+        try {
+            spatialIndex->finish();
+        } catch (...) {
+            spatialIndex.reset();
+            workspace->rollback();
+            try {
+                workspace->reopen();
+            } catch (...) {
+            }
+            return;
+        }
+    }
+    spatialIndex.reset();
     if (wrote) {
         workspace->commit();
     }
@@ -395,6 +412,12 @@ void CursorState::write(const Row& row, bool insert, int64_t* newOid)
             errors.fail("cannot add a row to " + workspace->describe(table->name));
         }
         *newOid = feature.GetFID();
+        const OGRGeometry* shape = feature.GetGeometryRef();
+        if (spatialIndex && shape && !shape->IsEmpty()) {
+            OGREnvelope box;
+            shape->getEnvelope(&box);
+            spatialIndex->add(*newOid, box.MinX, box.MaxX, box.MinY, box.MaxY);
+        }
     } else {
         feature.SetFID(row.oid());
         if (layer.SetFeature(&feature) != OGRERR_NONE) {
@@ -505,6 +528,9 @@ int64_t InsertCursor::insertRow(const Row& row)
 
 void InsertCursor::flush()
 {
+    if (m_state->spatialIndex && !m_state->spatialIndex->finished()) {
+        m_state->spatialIndex->finish();
+    }
     if (m_state->wrote && !m_state->workspace->commit()) {
         fail(CPLE_FileIO,
              "cannot commit changes to " + m_state->workspace->describe(m_state->table->name));

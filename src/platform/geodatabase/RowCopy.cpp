@@ -39,9 +39,16 @@ int64_t appendRows(const Table& source, Table& target, const QueryFilter& filter
                                                       targetClass->spatialReference());
         }
     }
+    // Many rows (unfiltered, so counted at no cost) into a table holding fewer get its spatial
+    // index built once at the end.
+    constexpr int64_t kBulkRows = 10000;
+    const bool counted = filter.whereClause.empty() && filter.intersects.isNull();
+    const int64_t incoming = counted && target.hasShape() ? source.rowCount(filter) : 0;
+    const bool bulk = incoming >= kBulkRows && incoming >= target.rowCount();
     int64_t added = 0;
     Cursor cursor = source.search(filter);
-    InsertCursor insert = target.insert();
+    InsertCursor insert =
+        target.insert(bulk ? Table::InsertMode::Bulk : Table::InsertMode::RowByRow);
     Row row;
     while (cursor.next(row)) {
         Row copy = target.createRow();

@@ -208,13 +208,17 @@ Cursor Table::update(const QueryFilter& filter)
     return Cursor(*this, openCursor(m_workspace, m_data, filter, true));
 }
 
-InsertCursor Table::insert()
+InsertCursor Table::insert(InsertMode mode)
 {
     m_data->requireLayer(*m_workspace);
     auto state = std::make_unique<CursorState>();
     state->workspace = m_workspace;
     state->table = m_data;
     state->updatable = true;
+    if (mode == InsertMode::Bulk) {
+        state->spatialIndex = SpatialIndexDeferral::start(*m_workspace, *m_data);
+        state->wrote = state->spatialIndex != nullptr;
+    }
     return InsertCursor(*this, std::move(state));
 }
 

@@ -47,8 +47,13 @@ public:
     Cursor search(const QueryFilter& filter = {}) const;
     /// The same cursor, allowed to update and delete the rows it hands out.
     Cursor update(const QueryFilter& filter = {});
+    /// How an insert cursor keeps a spatial index. `Bulk` is for many rows at once: on a
+    /// GeoPackage the index is rebuilt once when the cursor is flushed instead of growing row
+    /// by row, and rows and index are stored in one transaction. Worth it only when the rows to
+    /// come are at least as many as those already stored.
+    enum class InsertMode { RowByRow, Bulk };
     /// A cursor that adds rows.
-    InsertCursor insert();
+    InsertCursor insert(InsertMode mode = InsertMode::RowByRow);
     /// Deletes the rows the filter lets through; returns how many. On a GeoPackage or SQLite
     /// database without a spatial filter it deletes all of them or, on a failure, none; other
     /// storage deletes row by row and keeps what was deleted before a failure.

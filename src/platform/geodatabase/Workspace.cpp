@@ -123,7 +123,7 @@ void WorkspaceData::beginWrite()
     if (!inTransaction && dataset->TestCapability(ODsCTransactions)) {
         inTransaction = dataset->StartTransaction() == OGRERR_NONE;
     }
-    if (++pendingWrites >= kBatchSize) {
+    if (++pendingWrites >= kBatchSize && holdBatches == 0) {
         commit();
     }
 }

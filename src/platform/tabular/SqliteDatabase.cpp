@@ -110,6 +110,13 @@ SqliteDatabase::Statement& SqliteDatabase::Statement::bindNull(int index)
     return *this;
 }
 
+SqliteDatabase::Statement& SqliteDatabase::Statement::bindBlob(int index, const void* data,
+                                                                std::size_t size)
+{
+    sqlite3_bind_blob64(m_statement.get(), index, data, size, SQLITE_TRANSIENT);
+    return *this;
+}
+
 bool SqliteDatabase::Statement::step()
 {
     return step("cannot run \"" + std::string(sqlite3_sql(m_statement.get())) + "\" on");

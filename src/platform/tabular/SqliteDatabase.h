@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -46,6 +47,8 @@ public:
         Statement& bind(int index, int64_t value);
         Statement& bind(int index, double value);
         Statement& bindNull(int index);
+        /// Binds bytes as a blob, copied.
+        Statement& bindBlob(int index, const void* data, std::size_t size);
         /// Steps once: true while a row is available.
         bool step();
         /// As step(); a failure says `doing` ("cannot store row 7 of") before the database.

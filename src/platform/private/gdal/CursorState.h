@@ -3,6 +3,7 @@
 // Private to the geodatabase layer: the state of an open cursor and the helpers that read rows.
 
 #include "gdal/GdalSupport.h"
+#include "gdal/SpatialIndexDeferral.h"
 #include "gdal/StorageData.h"
 #include "platform/geodatabase/QueryFilter.h"
 #include "platform/geodatabase/Row.h"
@@ -36,6 +37,8 @@ struct CursorState {
     std::unique_ptr<tabular::SqliteDatabase> connection;
     std::optional<tabular::SqliteDatabase::Statement> attributeUpdate;
     std::vector<bool> attributeUpdateFields;
+    /// An insert cursor's spatial index, built once when the cursor is flushed.
+    std::unique_ptr<SpatialIndexDeferral> spatialIndex;
 
     CursorState() = default;
     CursorState(const CursorState&) = delete;

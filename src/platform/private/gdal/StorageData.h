@@ -27,6 +27,9 @@ struct WorkspaceData {
     gdal::DatasetPtr dataset;
     bool inTransaction = false;
     int pendingWrites = 0;
+    /// Above zero while something needs every write in one transaction (a spatial index put
+    /// off until the end of an append): no batch is committed meanwhile.
+    int holdBatches = 0;
     // Written since the last commit; formats without transactions are flushed on commit so
     // that another workspace on the same files sees the rows.
     bool dirty = false;
