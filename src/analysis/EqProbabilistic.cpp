@@ -57,7 +57,7 @@ std::shared_ptr<geodatabase::FeatureClass> openAnalysedClass(const std::string& 
                                                              const std::string& tableName)
 {
     auto featureClass = detail::openRegionClass(tableName, databaseName);
-    if (featureClass->rowCount() > 0) {
+    if (featureClass->rowCount({}, 1) > 0) {
         return featureClass;
     }
     if (!detail::isTractTable(tableName)) {

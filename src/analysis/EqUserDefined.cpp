@@ -142,7 +142,7 @@ void UpdatePointInvtForUserDefined(const std::string& databaseName, const std::s
         " UpdatePointInvtForUserDefined for " + tableName + " in " + databaseName;
     context::runTrapped(tag, Procedure, [&] {
         auto featureClass = detail::openRegionClass(tableName, databaseName);
-        if (featureClass->rowCount() == 0) {
+        if (featureClass->rowCount({}, 1) == 0) {
             if (!detail::isTractTable(tableName)) {
                 return;
             }

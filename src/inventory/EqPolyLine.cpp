@@ -207,7 +207,7 @@ EqPolyLine::ClipImportData(const geodatabase::FeatureClass& input,
                            const std::string& outputName)
 {
     return context::runTrapped(" ClipImportData", Procedure, [&] {
-        if (input.rowCount() == 0) {
+        if (input.rowCount({}, 1) == 0) {
             failClip(" Table to be imported is empty");
         }
         if (input.extent().intersected(clip.extent()).isEmpty()) {

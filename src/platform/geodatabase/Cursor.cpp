@@ -215,7 +215,7 @@ std::unique_ptr<CursorState> openCursor(const std::shared_ptr<WorkspaceData>& wo
 }
 
 std::optional<int64_t> countBySql(WorkspaceData& workspace, const TableData& table,
-                                  const QueryFilter& filter)
+                                  const QueryFilter& filter, int64_t upTo)
 {
     const bool native =
         workspace.kind == Workspace::Kind::GeoPackage || workspace.kind == Workspace::Kind::SQLite;
@@ -227,6 +227,10 @@ std::optional<int64_t> countBySql(WorkspaceData& workspace, const TableData& tab
     std::string sql = "SELECT COUNT(*) FROM " + gdal::sqlName(table.name);
     if (!clause.isEmpty()) {
         sql += " WHERE " + clause.toSqlite(resolverOf(table));
+    }
+    if (upTo >= 0) {
+        sql = "SELECT COUNT(*) FROM (SELECT 1" + sql.substr(std::string("SELECT COUNT(*)").size()) +
+              " LIMIT " + std::to_string(upTo) + ")";
     }
     gdal::ErrorScope errors;
     const gdal::ResultSet result(*workspace.dataset,
@@ -243,16 +247,19 @@ namespace {
 /// changes every row it selects or, on any failure, none. Returns the rows changed.
 template <class Bind>
 int64_t runStatement(WorkspaceData& workspace, const TableData& table, const std::string& sql,
-                     const std::string& what, Bind&& bind)
+                     const std::string& what, bool attributesOnly, Bind&& bind)
 {
     const auto db = workspace.sqlite(table.name);
-    tabular::SqliteDatabase::Statement statement(*db, sql);
-    bind(statement);
     // Rows other cursors stored are theirs to keep, whatever happens to this statement.
     if (!workspace.commit()) {
         fail(CPLE_FileIO, "cannot commit changes to " + workspace.describe(table.name));
     }
     tabular::SqliteDatabase::Transaction transaction(*db);
+    if (attributesOnly) {
+        workspace.suspendIdentifierTriggers(table);
+    }
+    tabular::SqliteDatabase::Statement statement(*db, sql);
+    bind(statement);
     statement.step("cannot " + what);
     const int64_t changed = db->changes();
     transaction.commit();
@@ -284,7 +291,7 @@ std::optional<int64_t> calculateBySql(WorkspaceData& workspace, const TableData&
     const std::string sql = "UPDATE " + gdal::sqlName(table.name) + " SET " +
                             gdal::sqlName(field.name) + " = ?" + sqlWhere(workspace, table, filter);
     return runStatement(workspace, table, sql, "set " + field.name + " of",
-                        [&](tabular::SqliteDatabase::Statement& statement) {
+                        field.type != FieldType::Geometry && field.type != FieldType::OID, [&](tabular::SqliteDatabase::Statement& statement) {
                             bindValue(statement, 1, field.type, value);
                         });
 }
@@ -298,7 +305,7 @@ std::optional<int64_t> deleteBySql(WorkspaceData& workspace, const TableData& ta
     table.requireLayer(workspace);
     const std::string sql =
         "DELETE FROM " + gdal::sqlName(table.name) + sqlWhere(workspace, table, filter);
-    return runStatement(workspace, table, sql, "delete rows of",
+    return runStatement(workspace, table, sql, "delete rows of", false,
                         [](tabular::SqliteDatabase::Statement&) {});
 }
 
@@ -369,6 +376,7 @@ bool CursorState::writeAttributes(const Row& row)
     }
     statement.bind(parameter, static_cast<int64_t>(row.oid()));
     workspace->beginWrite();
+    workspace->suspendIdentifierTriggers(*table);
     wrote = true;
     statement.step("cannot store row " + std::to_string(row.oid()) + " of");
     return true;

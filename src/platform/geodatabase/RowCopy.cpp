@@ -5,6 +5,7 @@
 #include "platform/geodatabase/Reprojector.h"
 #include "platform/geodatabase/Table.h"
 
+#include <algorithm>
 #include <memory>
 
 #include <utility>
@@ -39,12 +40,14 @@ int64_t appendRows(const Table& source, Table& target, const QueryFilter& filter
                                                       targetClass->spatialReference());
         }
     }
-    // Many rows (unfiltered, so counted at no cost) into a table holding fewer get its spatial
-    // index built once at the end.
+    // Many rows into a table holding no more get its spatial index built once at the end. The
+    // source is counted only as far as that needs, and only unfiltered, where that is cheap.
     constexpr int64_t kBulkRows = 10000;
-    const bool counted = filter.whereClause.empty() && filter.intersects.isNull();
-    const int64_t incoming = counted && target.hasShape() ? source.rowCount(filter) : 0;
-    const bool bulk = incoming >= kBulkRows && incoming >= target.rowCount();
+    bool bulk = false;
+    if (filter.whereClause.empty() && filter.intersects.isNull() && target.hasShape()) {
+        const int64_t enough = std::max(kBulkRows, target.rowCount());
+        bulk = source.rowCount(filter, enough) == enough;
+    }
     int64_t added = 0;
     Cursor cursor = source.search(filter);
     InsertCursor insert =

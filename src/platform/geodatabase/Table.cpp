@@ -184,15 +184,15 @@ void Table::addField(const Field& field)
     m_data->loadFields();
 }
 
-int64_t Table::rowCount(const QueryFilter& filter) const
+int64_t Table::rowCount(const QueryFilter& filter, int64_t upTo) const
 {
-    if (auto count = countBySql(*m_workspace, *m_data, filter)) {
+    if (auto count = countBySql(*m_workspace, *m_data, filter, upTo)) {
         return *count;
     }
     int64_t count = 0;
     Cursor cursor = search(filter);
     Row row;
-    while (cursor.next(row)) {
+    while (count != upTo && cursor.next(row)) {
         ++count;
     }
     return count;

@@ -41,8 +41,10 @@ public:
     /// Adds a field at the end; throws when a field of that name exists.
     void addField(const Field& field);
 
-    /// Number of rows the filter lets through.
-    int64_t rowCount(const QueryFilter& filter = {}) const;
+    /// Number of rows the filter lets through, counting no further than `upTo` when it is not
+    /// negative: rowCount({}, 1) tells whether a table of a million rows has any without
+    /// reading them all.
+    int64_t rowCount(const QueryFilter& filter = {}, int64_t upTo = -1) const;
     /// A cursor over the rows the filter lets through, in identifier order.
     Cursor search(const QueryFilter& filter = {}) const;
     /// The same cursor, allowed to update and delete the rows it hands out.

@@ -6,6 +6,8 @@
 #include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/FeatureClass.h"
 
+#include <sqlite3.h>
+
 #include <array>
 #include <cstring>
 #include <fstream>
@@ -128,11 +130,63 @@ void WorkspaceData::beginWrite()
     }
 }
 
+void WorkspaceData::suspendIdentifierTriggers(const TableData& table)
+{
+    sqlite3* handle = sqliteHandle();
+    if (!handle || !inTransaction || !table.hasShape || kind != Workspace::Kind::GeoPackage) {
+        return;
+    }
+    const std::string index = "rtree_" + table.name + "_" + table.shapeFieldName;
+    const std::string names[] = {index + "_update3", index + "_update4"};
+    for (const auto& [name, sql] : suspendedTriggers) {
+        if (automation::equalsIgnoreCase(name, names[0])) {
+            return;
+        }
+    }
+    auto db = sqlite(table.name);
+    std::vector<std::pair<std::string, std::string>> found;
+    {
+        tabular::SqliteDatabase::Statement query(
+            *db, "SELECT name, sql FROM sqlite_master WHERE type = 'trigger' AND name IN (?1, ?2) "
+                 "AND sql IS NOT NULL");
+        query.bind(1, names[0]).bind(2, names[1]);
+        while (query.step()) {
+            found.emplace_back(query.text(0), query.text(1));
+        }
+    }
+    // Both or neither: GDAL may have taken all of them away for its own deferred index. The
+    // table is noted either way, so that it is looked up once a transaction.
+    if (found.size() != 2) {
+        suspendedTriggers.emplace_back(names[0], std::string());
+        return;
+    }
+    for (const auto& trigger : found) {
+        db->execute("DROP TRIGGER " + gdal::sqlName(trigger.first));
+        suspendedTriggers.push_back(trigger);
+    }
+}
+
 bool WorkspaceData::commit() noexcept
 {
     pendingWrites = 0;
     const bool wasDirty = std::exchange(dirty, false);
     gdal::ErrorScope errors;
+    if (!suspendedTriggers.empty()) {
+        sqlite3* handle = sqliteHandle();
+        bool restored = true;
+        for (const auto& trigger : suspendedTriggers) {
+            if (restored && !trigger.second.empty()) {
+                restored = sqlite3_exec(handle, trigger.second.c_str(), nullptr, nullptr,
+                                        nullptr) == SQLITE_OK;
+            }
+        }
+        suspendedTriggers.clear();
+        if (!restored) {
+            // Committing now would leave the index unkept; take the transaction back instead.
+            rollback();
+            return false;
+        }
+    }
     if (!inTransaction) {
         if (wasDirty) {
             dataset->FlushCache();
@@ -148,6 +202,7 @@ void WorkspaceData::rollback() noexcept
 {
     pendingWrites = 0;
     dirty = false;
+    suspendedTriggers.clear();
     if (std::exchange(inTransaction, false)) {
         gdal::ErrorScope errors;
         dataset->RollbackTransaction();

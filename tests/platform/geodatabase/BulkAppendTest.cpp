@@ -137,6 +137,25 @@ TEST_F(BulkAppend, TheRebuiltIndexHoldsEveryRowAndKeepsUpWithLaterEdits)
     EXPECT_EQ(namesIn(-100.5, 44.5, -99.5, 45.5).first, std::set<std::string>{"new7"});
 }
 
+TEST_F(BulkAppend, AttributeUpdatesPutBackTheTriggersTheyLeaveOut)
+{
+    m_sites->calculate(3, Variant(int32_t{2}));
+    {
+        Cursor cursor = m_sites->update(QueryFilter::fields({"lqfsuscat"}));
+        Row row;
+        for (int i = 0; i < 30000 && cursor.next(row); ++i) {
+            row.setValue(3, Variant(int32_t{3}));
+            cursor.updateRow(row);
+            cursor.flush();
+        }
+    }
+    const IndexState state = indexState();
+    EXPECT_EQ(state.triggers, 6);
+    EXPECT_EQ(state.check, "ok");
+    EXPECT_EQ(m_sites->rowCount(QueryFilter::where("lqfsuscat = 3")), 12000);
+    EXPECT_EQ(m_sites->rowCount(QueryFilter::where("lqfsuscat = 3"), 100), 100);
+}
+
 TEST_F(BulkAppend, AnAppendThatFailsHalfWayLeavesTheIndexWhole)
 {
     fill(*m_incoming, "new", 30000, 20000);

@@ -58,7 +58,7 @@ std::unique_ptr<CursorState> openCursor(const std::shared_ptr<WorkspaceData>& wo
                                         const QueryFilter& filter, bool updatable);
 /// Counts rows with one query where the storage can; nullopt when rows must be walked.
 std::optional<int64_t> countBySql(WorkspaceData& workspace, const TableData& table,
-                                  const QueryFilter& filter);
+                                  const QueryFilter& filter, int64_t upTo = -1);
 /// Sets one field to one value in the rows the filter selects with one statement, where the
 /// storage can; returns how many changed, or nullopt when rows must be walked.
 std::optional<int64_t> calculateBySql(WorkspaceData& workspace, const TableData& table, int index,
