@@ -376,7 +376,10 @@ bool CursorState::writeAttributes(const Row& row)
     }
     statement.bind(parameter, static_cast<int64_t>(row.oid()));
     workspace->beginWrite();
-    workspace->suspendIdentifierTriggers(*table);
+    if (workspace->inTransaction && triggersLeftOutIn != workspace->transactionsEnded) {
+        workspace->suspendIdentifierTriggers(*table);
+        triggersLeftOutIn = workspace->transactionsEnded;
+    }
     wrote = true;
     statement.step("cannot store row " + std::to_string(row.oid()) + " of");
     return true;

@@ -168,6 +168,7 @@ void WorkspaceData::suspendIdentifierTriggers(const TableData& table)
 
 bool WorkspaceData::commit() noexcept
 {
+    ++transactionsEnded;
     pendingWrites = 0;
     const bool wasDirty = std::exchange(dirty, false);
     gdal::ErrorScope errors;
@@ -200,6 +201,7 @@ bool WorkspaceData::commit() noexcept
 
 void WorkspaceData::rollback() noexcept
 {
+    ++transactionsEnded;
     pendingWrites = 0;
     dirty = false;
     suspendedTriggers.clear();

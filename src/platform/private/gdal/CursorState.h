@@ -37,6 +37,8 @@ struct CursorState {
     std::unique_ptr<tabular::SqliteDatabase> connection;
     std::optional<tabular::SqliteDatabase::Statement> attributeUpdate;
     std::vector<bool> attributeUpdateFields;
+    /// The workspace's transaction count when this cursor last left out the index triggers.
+    std::optional<uint64_t> triggersLeftOutIn;
     /// An insert cursor's spatial index, built once when the cursor is flushed.
     std::unique_ptr<SpatialIndexDeferral> spatialIndex;
 

@@ -33,6 +33,9 @@ struct WorkspaceData {
     /// Spatial-index triggers dropped for the open transaction and the statements that put
     /// them back, run by commit(); a rollback brings them back on its own.
     std::vector<std::pair<std::string, std::string>> suspendedTriggers;
+    /// Counts transactions ended, so that a cursor knows whether it has looked at the
+    /// triggers in the one now open.
+    uint64_t transactionsEnded = 0;
     // Written since the last commit; formats without transactions are flushed on commit so
     // that another workspace on the same files sees the rows.
     bool dirty = false;
