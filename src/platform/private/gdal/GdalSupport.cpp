@@ -283,6 +283,11 @@ std::unique_ptr<OGRGeometry> toOgr(const geometry::Geometry& geometry)
     if (geometry.isNull()) {
         return nullptr;
     }
+    // The reverse of the shortcut in toGeometry.
+    if (geometry.type() == geometry::ShapeType::Point && !geometry.isEmpty()) {
+        const geometry::Point p = geometry.firstPoint();
+        return std::make_unique<OGRPoint>(p.x, p.y);
+    }
     const auto wkb = geometry.toWkb();
     OGRGeometry* created = nullptr;
     ErrorScope errors;
