@@ -112,7 +112,8 @@ void UpdateFieldValue(geodatabase::Table& table, const std::string& field, const
             return;
         }
         const auto filter = geodatabase::QueryFilter::where(whereClause);
-        if (table.rowCount(filter) == 0) {
+        // Only whether there are any matters; a full count costs a pass over the table.
+        if (table.rowCount(filter, 1) == 0) {
             return;
         }
         table.calculate(index, Variant(value), filter);

@@ -311,7 +311,7 @@ bool EqDataMaps::ClipDataMap(const FeatureClassPtr& source, const geodatabase::F
     return logged("Clipping  failed, error number : ", [&] {
         dialog().Advance();
         const std::string templatePath = systemDataFolder + "RegionBndry.mdb";
-        if (source->rowCount() == 0 || clip.rowCount() == 0) {
+        if (source->rowCount({}, 1) == 0 || clip.rowCount({}, 1) == 0) {
             emptyTarget(targetName, targetDatabase, templatePath);
             return true;
         }
@@ -426,7 +426,7 @@ bool EqDataMaps::IntersectDataMap(const FeatureClassPtr& source,
 {
     return logged("Intersection  failed, error number : ", [&] {
         dialog().Advance();
-        if (source->rowCount() == 0 || tracts.rowCount() == 0) {
+        if (source->rowCount({}, 1) == 0 || tracts.rowCount({}, 1) == 0) {
             return false;
         }
         if (!source->extent().intersects(tracts.extent())) {

@@ -350,7 +350,7 @@ void EqDataMaps::UpdatePointHazardFields(const std::string& databaseName,
                                           .OpenFeatureClass(className,
                                                             region().RegionFolder + databaseName)
                                           .objectAs<geodatabase::FeatureClass>();
-        if (table->rowCount() == 0) {
+        if (table->rowCount({}, 1) == 0) {
             if (className != "eqTract") {
                 m_log.write("Table  " + className + " is Empty");
                 return true;
@@ -379,7 +379,7 @@ void EqDataMaps::UpdateLineHazardTable(const std::string& databaseName,
                                           .OpenFeatureClass(hazardTable,
                                                             region().RegionFolder + databaseName)
                                           .objectAs<geodatabase::FeatureClass>();
-        if (table->rowCount() == 0) {
+        if (table->rowCount({}, 1) == 0) {
             m_log.write("Table  " + hazardTable + " is Empty");
             return true;
         }

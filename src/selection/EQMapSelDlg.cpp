@@ -333,7 +333,7 @@ EQMapSelDlg::HazardDialog EQMapSelDlg::PrepareEpicenterDefinition(const std::str
     const Variant points =
         ctx.GisDataService->OpenFeatureClass("HazardSelection", ctx.SystemDataFolder + "temp.mdb");
     auto pointClass = points.objectAs<platform::geodatabase::FeatureClass>();
-    if (pointClass->rowCount() > 0) {
+    if (pointClass->rowCount({}, 1) > 0) {
         pointClass->deleteSearchedRows();
     }
     dialog.epicLayer = layerOf(points);

@@ -150,7 +150,7 @@ void frmMapSelDlg::MakeFaultSelection()
 void frmMapSelDlg::MakeEpicenterSelection()
 {
     handler(" making epicenter selection", [&] {
-        if (m_pEpicFeatureClass->rowCount() > 0) {
+        if (m_pEpicFeatureClass->rowCount({}, 1) > 0) {
             m_pEpicFeatureClass->deleteSearchedRows();
         }
         if (m_iDlgType == 3) {
