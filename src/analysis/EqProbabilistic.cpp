@@ -14,6 +14,7 @@
 #include "platform/automation/VariantArray.h"
 #include "platform/geodatabase/Cursor.h"
 #include "platform/geodatabase/FeatureClass.h"
+#include "platform/geodatabase/WriteBatch.h"
 #include "platform/geometry/FeatureIndex.h"
 #include "platform/geometry/ShapeType.h"
 
@@ -144,6 +145,8 @@ void UpdateLineInvtForProbabilistic(const std::string& databaseName, const std::
 void AddFields(geodatabase::FeatureClass& featureClass)
 {
     context::runTrapped(" AddFields", Procedure, [&] {
+        // As in AddUDSFields: the resets share one transaction.
+        const geodatabase::WriteBatch batch(featureClass);
         for (const char* field : kResultFields) {
             EqProbabilistic::AddField(featureClass, field);
         }

@@ -10,6 +10,7 @@
 #include "platform/automation/Collection.h"
 #include "platform/automation/ErrorNumbers.h"
 #include "platform/geodatabase/FeatureClass.h"
+#include "platform/geodatabase/WriteBatch.h"
 
 #include <algorithm>
 
@@ -195,6 +196,9 @@ void AddUDSFields(geodatabase::FeatureClass& featureClass)
         if (!state().shakingFields) {
             return;
         }
+        // Each reset is a pass over the whole class; in one transaction the storage keeps one
+        // copy of the old rows for all of them, not one each.
+        const geodatabase::WriteBatch batch(featureClass);
         for (const char* field : kFieldOrder) {
             EqUserDefined::AddField(featureClass, field);
         }

@@ -114,6 +114,20 @@ std::shared_ptr<WorkspaceData> openDataset(const fs::path& path, Workspace::Kind
     data->readOnly = readOnly;
     return data;
 }
+// A savepoint taken back after a trigger was dropped in it brought the trigger back.
+bool hasTrigger(sqlite3* handle, const std::string& name) noexcept
+{
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_prepare_v2(handle,
+                           "SELECT 1 FROM sqlite_master WHERE type = 'trigger' AND name = ?1", -1,
+                           &statement, nullptr) != SQLITE_OK) {
+        return false;
+    }
+    sqlite3_bind_text(statement, 1, name.c_str(), -1, SQLITE_TRANSIENT);
+    const bool found = sqlite3_step(statement) == SQLITE_ROW;
+    sqlite3_finalize(statement);
+    return found;
+}
 } // namespace
 
 void WorkspaceData::beginWrite()
@@ -168,6 +182,9 @@ void WorkspaceData::suspendIdentifierTriggers(const TableData& table)
 
 bool WorkspaceData::commit() noexcept
 {
+    if (writeBatches > 0) {
+        return true;
+    }
     ++transactionsEnded;
     pendingWrites = 0;
     const bool wasDirty = std::exchange(dirty, false);
@@ -176,7 +193,7 @@ bool WorkspaceData::commit() noexcept
         sqlite3* handle = sqliteHandle();
         bool restored = true;
         for (const auto& trigger : suspendedTriggers) {
-            if (restored && !trigger.second.empty()) {
+            if (restored && !trigger.second.empty() && !hasTrigger(handle, trigger.first)) {
                 restored = sqlite3_exec(handle, trigger.second.c_str(), nullptr, nullptr,
                                         nullptr) == SQLITE_OK;
             }

@@ -30,6 +30,8 @@ struct WorkspaceData {
     /// Above zero while something needs every write in one transaction (a spatial index put
     /// off until the end of an append): no batch is committed meanwhile.
     int holdBatches = 0;
+    /// Open WriteBatch scopes: while above zero, commit() leaves the transaction open.
+    int writeBatches = 0;
     /// Spatial-index triggers dropped for the open transaction and the statements that put
     /// them back, run by commit(); a rollback brings them back on its own.
     std::vector<std::pair<std::string, std::string>> suspendedTriggers;
