@@ -6,6 +6,7 @@
 #include "platform/geodatabase/Workspace.h"
 #include "platform/geodatabase/WriteBatch.h"
 #include "platform/tabular/SqliteDatabase.h"
+#include "support/FullDisk.h"
 #include "support/HostFixture.h"
 
 #include <gtest/gtest.h>
@@ -65,11 +66,15 @@ protected:
         std::string check;
         int64_t entries = 0;
         int64_t triggers = 0;
+        int64_t rows = 0;
     };
     IndexState indexState() const
     {
         tabular::SqliteDatabase db(m_path.string(), tabular::SqliteDatabase::Mode::ReadOnly);
         IndexState state;
+        tabular::SqliteDatabase::Statement rows(db, "SELECT count(*) FROM sites");
+        rows.step();
+        state.rows = rows.int64(0);
         tabular::SqliteDatabase::Statement check(db, "SELECT rtreecheck('rtree_sites_Shape')");
         check.step();
         state.check = check.text(0);
@@ -204,6 +209,33 @@ TEST_F(BulkAppend, AWriteBatchKeepsWhatSucceededBeforeAFailedStatement)
     const IndexState state = indexState();
     EXPECT_EQ(state.triggers, 6);
     EXPECT_EQ(state.check, "ok");
+}
+
+TEST_F(BulkAppend, AFullDiskAtAnyStageLeavesTheIndexInStepWithTheRows)
+{
+    fill(*m_incoming, "new", 12000, -1);
+    test::FullDisk disk;
+    // Opened again, so that its database goes through the disk that fills up.
+    m_sites.reset();
+    m_sites = Workspace::open(m_path).openFeatureClass("sites");
+    const int failures = test::fillAtEveryStage(
+        disk, [&] { appendRows(*m_incoming, *m_sites); },
+        [&] {
+            m_sites.reset();
+            EXPECT_EQ(test::unsoundDatabases(m_dir.path()), std::vector<std::string>{});
+            const IndexState state = indexState();
+            EXPECT_EQ(state.check, "ok") << "after " << disk.writes() << " writes";
+            EXPECT_EQ(state.triggers, 6);
+            EXPECT_EQ(state.entries, state.rows);
+            m_sites = Workspace::open(m_path).openFeatureClass("sites");
+        });
+    EXPECT_GT(failures, 3);
+    // Closed while the disk that opened it is still there.
+    m_sites.reset();
+    const IndexState state = indexState();
+    EXPECT_EQ(state.check, "ok");
+    EXPECT_EQ(state.entries, state.rows);
+    EXPECT_GE(state.rows, 24000);
 }
 
 } // namespace
