@@ -291,7 +291,8 @@ std::optional<int64_t> calculateBySql(WorkspaceData& workspace, const TableData&
     const std::string sql = "UPDATE " + gdal::sqlName(table.name) + " SET " +
                             gdal::sqlName(field.name) + " = ?" + sqlWhere(workspace, table, filter);
     return runStatement(workspace, table, sql, "set " + field.name + " of",
-                        field.type != FieldType::Geometry && field.type != FieldType::OID, [&](tabular::SqliteDatabase::Statement& statement) {
+                        field.type != FieldType::Geometry && field.type != FieldType::OID,
+                        [&](tabular::SqliteDatabase::Statement& statement) {
                             bindValue(statement, 1, field.type, value);
                         });
 }

@@ -6,11 +6,10 @@
 #include "platform/automation/PlatformError.h"
 #include "platform/geodatabase/FeatureClass.h"
 
-#include <sqlite3.h>
-
 #include <array>
 #include <cstring>
 #include <fstream>
+#include <sqlite3.h>
 #include <utility>
 
 namespace brevant::platform::geodatabase {

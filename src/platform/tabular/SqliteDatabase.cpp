@@ -111,7 +111,7 @@ SqliteDatabase::Statement& SqliteDatabase::Statement::bindNull(int index)
 }
 
 SqliteDatabase::Statement& SqliteDatabase::Statement::bindBlob(int index, const void* data,
-                                                                std::size_t size)
+                                                               std::size_t size)
 {
     sqlite3_bind_blob64(m_statement.get(), index, data, size, SQLITE_TRANSIENT);
     return *this;

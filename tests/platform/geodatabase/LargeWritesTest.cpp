@@ -10,7 +10,6 @@
 #include "support/HostFixture.h"
 
 #include <gtest/gtest.h>
-
 #include <random>
 #include <set>
 
@@ -42,8 +41,8 @@ protected:
                          .createFeatureClass("incoming",
                                              Fields({{"Name", FieldType::String, 12, {}},
                                                      {"lqfsuscat", FieldType::Integer, 0, {}}}),
-                                             ShapeType::Point,
-                                             geometry::SpatialReference::nad83(), "Shape", false);
+                                             ShapeType::Point, geometry::SpatialReference::nad83(),
+                                             "Shape", false);
     }
 
     // Points spread over ten degrees; row `overflowAt` holds a category no 16-bit field takes.
@@ -54,8 +53,8 @@ protected:
             Row row = target.createRow();
             row.setValue(2, prefix + std::to_string(i));
             row.setValue(3, Variant(int32_t{i == overflowAt ? 40000 : 1}));
-            row.setShape(Geometry::point({-124.0 + 10.0 * m_uniform(m_random),
-                                          32.0 + 10.0 * m_uniform(m_random)}));
+            row.setShape(Geometry::point(
+                {-124.0 + 10.0 * m_uniform(m_random), 32.0 + 10.0 * m_uniform(m_random)}));
             insert.insertRow(row);
         }
         insert.flush();
@@ -94,8 +93,8 @@ protected:
                                                                     double xmax, double ymax)
     {
         std::set<std::string> indexed;
-        const Geometry box =
-            Geometry::polygon({{{xmin, ymin}, {xmax, ymin}, {xmax, ymax}, {xmin, ymax}, {xmin, ymin}}});
+        const Geometry box = Geometry::polygon(
+            {{{xmin, ymin}, {xmax, ymin}, {xmax, ymax}, {xmin, ymax}, {xmin, ymin}}});
         Cursor search = m_sites->search(QueryFilter::spatial(box));
         Row row;
         while (search.next(row)) {

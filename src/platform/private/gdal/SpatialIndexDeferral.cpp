@@ -128,7 +128,7 @@ std::vector<std::size_t> runLengths(std::size_t count, std::size_t capacity)
 }
 
 struct PackedTree {
-    std::vector<std::vector<unsigned char>> nodes; // node number i + 1
+    std::vector<std::vector<unsigned char>> nodes;     // node number i + 1
     std::vector<std::pair<int64_t, int64_t>> leafOf;   // entry id, leaf number
     std::vector<std::pair<int64_t, int64_t>> parentOf; // node number, parent number
 };
@@ -149,8 +149,8 @@ PackedTree pack(std::vector<Entry> entries, int nodeSize)
         for (const std::size_t length : runLengths(cells.size(), capacity)) {
             std::vector<Entry> node(cells.begin() + static_cast<std::ptrdiff_t>(at),
                                     cells.begin() + static_cast<std::ptrdiff_t>(at + length));
-            Entry box{static_cast<int64_t>(level.size()), {node[0].box[0], node[0].box[1],
-                                                           node[0].box[2], node[0].box[3]}};
+            Entry box{static_cast<int64_t>(level.size()),
+                      {node[0].box[0], node[0].box[1], node[0].box[2], node[0].box[3]}};
             for (const Entry& cell : node) {
                 box.box[0] = std::min(box.box[0], cell.box[0]);
                 box.box[1] = std::max(box.box[1], cell.box[1]);
@@ -183,9 +183,8 @@ PackedTree pack(std::vector<Entry> entries, int nodeSize)
         putBigEndian(blob.data() + 2, node.size(), 2);
         for (std::size_t c = 0; c < node.size(); ++c) {
             // On the leaves a cell holds a row's identifier, above a child's number.
-            const int64_t id = level == 0
-                                   ? node[c].id
-                                   : numbers[level - 1][static_cast<std::size_t>(node[c].id)];
+            const int64_t id =
+                level == 0 ? node[c].id : numbers[level - 1][static_cast<std::size_t>(node[c].id)];
             putCell(blob.data() + kNodeHeader + kCellBytes * c, id, node[c].box);
             if (level == 0) {
                 tree.leafOf.emplace_back(id, number);
@@ -236,7 +235,8 @@ std::unique_ptr<SpatialIndexDeferral> SpatialIndexDeferral::start(WorkspaceData&
             triggers.push_back(query.text(0));
         }
         tabular::SqliteDatabase::Statement nodes(
-            *db, "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = ?1 || '_node'");
+            *db,
+            "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = ?1 || '_node'");
         nodes.bind(1, index);
         if (triggers.size() != 6 || !nodes.step() || nodes.int64(0) != 1) {
             return nullptr;
@@ -246,8 +246,8 @@ std::unique_ptr<SpatialIndexDeferral> SpatialIndexDeferral::start(WorkspaceData&
     ++workspace.holdBatches;
     std::unique_ptr<SpatialIndexDeferral> deferral(
         new SpatialIndexDeferral(workspace, table.name, index, std::move(triggers)));
-    for (const char* suffix : {"_insert", "_update1", "_update2", "_update3", "_update4",
-                               "_delete"}) {
+    for (const char* suffix :
+         {"_insert", "_update1", "_update2", "_update3", "_update4", "_delete"}) {
         db->execute("DROP TRIGGER " + gdal::sqlName(index + suffix));
     }
     return deferral;
@@ -292,13 +292,13 @@ void SpatialIndexDeferral::finish()
             fail("the spatial index of " + m_workspace.describe(m_table) + " has nodes of " +
                  std::to_string(nodeSize) + " bytes");
         }
-        tabular::SqliteDatabase::Statement old(
-            *db, "SELECT id, minx, maxx, miny, maxy FROM " + index);
+        tabular::SqliteDatabase::Statement old(*db,
+                                               "SELECT id, minx, maxx, miny, maxy FROM " + index);
         while (old.step()) {
-            entries.push_back(Entry{old.int64(0),
-                                    {static_cast<float>(old.real(1)), static_cast<float>(old.real(2)),
-                                     static_cast<float>(old.real(3)),
-                                     static_cast<float>(old.real(4))}});
+            entries.push_back(
+                Entry{old.int64(0),
+                      {static_cast<float>(old.real(1)), static_cast<float>(old.real(2)),
+                       static_cast<float>(old.real(3)), static_cast<float>(old.real(4))}});
         }
     }
     entries.insert(entries.end(), m_added.begin(), m_added.end());
@@ -322,8 +322,8 @@ void SpatialIndexDeferral::finish()
     db->execute("DELETE FROM " + nodeTable + "; DELETE FROM " + rowidTable + "; DELETE FROM " +
                 parentTable);
     {
-        tabular::SqliteDatabase::Statement insert(
-            *db, "INSERT INTO " + nodeTable + " (nodeno, data) VALUES (?1, ?2)");
+        tabular::SqliteDatabase::Statement insert(*db, "INSERT INTO " + nodeTable +
+                                                           " (nodeno, data) VALUES (?1, ?2)");
         for (std::size_t i = 0; i < tree.nodes.size(); ++i) {
             insert.reset();
             insert.bind(1, static_cast<int64_t>(i + 1));
