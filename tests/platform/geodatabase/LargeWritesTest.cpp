@@ -147,6 +147,20 @@ TEST_F(BulkAppend, TheRebuiltIndexHoldsEveryRowAndKeepsUpWithLaterEdits)
     EXPECT_EQ(namesIn(-100.5, 44.5, -99.5, 45.5).first, std::set<std::string>{"new7"});
 }
 
+TEST_F(BulkAppend, RowsFromAClassOfTheSameDatabase)
+{
+    auto neighbours = m_sites->workspace().createFeatureClass(
+        "neighbours",
+        Fields({{"Name", FieldType::String, 12, {}}, {"lqfsuscat", FieldType::Integer, 0, {}}}),
+        ShapeType::Point);
+    fill(*neighbours, "near", 15000, -1);
+    EXPECT_EQ(appendRows(*neighbours, *m_sites), 15000);
+    const IndexState state = indexState();
+    EXPECT_EQ(state.check, "ok");
+    EXPECT_EQ(state.entries, 27000);
+    EXPECT_EQ(state.triggers, 6);
+}
+
 TEST_F(BulkAppend, AttributeUpdatesPutBackTheTriggersTheyLeaveOut)
 {
     m_sites->calculate(3, Variant(int32_t{2}));
