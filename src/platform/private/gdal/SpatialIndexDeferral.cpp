@@ -99,12 +99,17 @@ void sortAlongCurve(std::vector<Entry>& entries)
     }
     const double sx = xmax > xmin ? 65535.0 / (xmax - xmin) : 0.0;
     const double sy = ymax > ymin ? 65535.0 / (ymax - ymin) : 0.0;
+    // A cell of the grid; a box reaching to infinity (or not a number) goes to an edge.
+    auto cell = [](double offset, double scale) {
+        const double at = offset * scale;
+        return at > 0.0 ? static_cast<uint32_t>(std::min(at, 65535.0)) : 0U;
+    };
     std::vector<std::pair<uint64_t, std::size_t>> keys(entries.size());
     for (std::size_t i = 0; i < entries.size(); ++i) {
         const Entry& e = entries[i];
-        const auto x = static_cast<uint32_t>((0.5 * (e.box[0] + e.box[1]) - xmin) * sx);
-        const auto y = static_cast<uint32_t>((0.5 * (e.box[2] + e.box[3]) - ymin) * sy);
-        keys[i] = {hilbert(x, y), i};
+        keys[i] = {hilbert(cell(0.5 * (e.box[0] + e.box[1]) - xmin, sx),
+                           cell(0.5 * (e.box[2] + e.box[3]) - ymin, sy)),
+                   i};
     }
     std::sort(keys.begin(), keys.end());
     std::vector<Entry> sorted;
