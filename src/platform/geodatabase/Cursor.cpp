@@ -224,14 +224,13 @@ std::optional<int64_t> countBySql(WorkspaceData& workspace, const TableData& tab
     }
     table.requireLayer(workspace);
     const WhereClause clause = checkedClause(workspace, table, filter.whereClause);
-    std::string sql = "SELECT COUNT(*) FROM " + gdal::sqlName(table.name);
+    std::string rows = " FROM " + gdal::sqlName(table.name);
     if (!clause.isEmpty()) {
-        sql += " WHERE " + clause.toSqlite(resolverOf(table));
+        rows += " WHERE " + clause.toSqlite(resolverOf(table));
     }
-    if (upTo >= 0) {
-        sql = "SELECT COUNT(*) FROM (SELECT 1" + sql.substr(std::string("SELECT COUNT(*)").size()) +
-              " LIMIT " + std::to_string(upTo) + ")";
-    }
+    const std::string sql =
+        upTo < 0 ? "SELECT COUNT(*)" + rows
+                 : "SELECT COUNT(*) FROM (SELECT 1" + rows + " LIMIT " + std::to_string(upTo) + ")";
     gdal::ErrorScope errors;
     const gdal::ResultSet result(*workspace.dataset,
                                  workspace.dataset->ExecuteSQL(sql.c_str(), nullptr, nullptr));
